@@ -1,0 +1,36 @@
+# The front door: every daily task has a name here. `make run` and `make test` need nothing but a Debian machine.
+
+BUILD := build
+
+.PHONY: run test bench tidy format clean deps
+
+run: deps $(BUILD)/release/build.ninja
+	@cmake --build $(BUILD)/release --target telemetry-replay
+	@mkdir -p out
+	@$(BUILD)/release/replay/telemetry-replay run samples/day.jsonl --output out/day.jsonl
+	@echo "The events as they leave the pipeline: out/day.jsonl"
+
+test: deps $(BUILD)/dev/build.ninja
+	@cmake --build $(BUILD)/dev
+	@ctest --preset dev
+
+# Time, allocations and the ratio to the floor of each group: see benchmarks/.
+bench: deps $(BUILD)/release/build.ninja
+	@cmake --build $(BUILD)/release --target telemetry_benchmarks
+	@$(BUILD)/release/benchmarks/telemetry_benchmarks
+
+tidy: $(BUILD)/clang/build.ninja
+	@run-clang-tidy -quiet -p $(BUILD)/clang '^$(CURDIR)/(conversion|event|processor|monitors|guards|appliers|platform|replay)/'
+
+format:
+	@git ls-files --cached --others --exclude-standard '*.h' '*.cpp' | xargs clang-format -i
+
+clean:
+	@rm -rf $(BUILD) out
+
+deps:
+	@scripts/install-deps
+
+# Ninja configures anew by itself when a CMake file changes.
+$(BUILD)/%/build.ninja: | deps
+	@cmake --preset $*
