@@ -1,0 +1,27 @@
+#include "platform/settings/HostTelemetrySettings.h"
+
+#include <mutex>
+#include <utility>
+
+#include "telemetry/TelemetrySettingsManager.h"
+
+namespace Velo::OS::Telemetry {
+
+namespace {
+
+std::mutex mutex;
+std::shared_ptr<ITelemetrySettingsManager> current;  // guarded by mutex
+
+}  // namespace
+
+std::shared_ptr<ITelemetrySettingsManager> TelemetrySettingsManager::instance() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    return current;
+}
+
+void host::setTelemetrySettings(std::shared_ptr<ITelemetrySettingsManager> settings) {
+    const std::lock_guard<std::mutex> lock(mutex);
+    current.swap(settings);
+}
+
+}  // namespace Velo::OS::Telemetry

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <memory>
+
+#include "telemetry/Export.h"
+#include "telemetry/ITelemetrySettingsManager.h"
+
+namespace Velo::OS::Telemetry::host {
+
+/// Sets what `TelemetrySettingsManager::instance()` returns from now on, in the whole process. Thread-safe.
+TELEMETRY_EXPORT void setTelemetrySettings(std::shared_ptr<ITelemetrySettingsManager> settings);
+
+}  // namespace Velo::OS::Telemetry::host

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "telemetry/IApplier.h"
+#include "telemetry/IEventTracingManager.h"
+#include "telemetry/IGuard.h"
+#include "telemetry/IHealthCountersManager.h"
+#include "telemetry/IMonitor.h"
+
+namespace Velo::OS::Telemetry::fakes {
+
+/// What the fakes saw, in order.
+using Calls = std::shared_ptr<std::vector<std::string>>;
+
+/// Passes the event on, unless it has an error or nothing to return.
+template <typename Stage>
+class FakeStage : public Stage {
+public:
+    template <typename... Callback>
+    FakeStage(Calls calls, std::string name, Callback... callback)
+        : Stage(std::move(name), callback...), calls_(std::move(calls)) {}
+
+    std::error_code error;
+    bool returnsNothing = false;
+
+protected:
+    EventResult run(std::unique_ptr<TelemetryEvent> event) {
+        calls_->push_back("run " + this->name_);
+        if (returnsNothing) return {};
+        return error ? EventResult(error) : EventResult(std::move(event));
+    }
+
+private:
+    Calls calls_;
+};
+
+struct FakeMonitor : FakeStage<IMonitor> {
+    FakeMonitor(const Calls& calls, const std::string& name) : FakeStage(calls, name, nullptr) {}
+    std::unique_ptr<TelemetryEvent> monitor(std::unique_ptr<TelemetryEvent> event) override {
+        return run(std::move(event)).takeValue();
+    }
+};
+
+struct FakeGuard : FakeStage<IGuard> {
+    FakeGuard(const Calls& calls, const std::string& name) : FakeStage(calls, name, nullptr) {}
+    EventResult handle(std::unique_ptr<TelemetryEvent> event) override { return run(std::move(event)); }
+};
+
+struct FakeApplier : FakeStage<IApplier> {
+    using FakeStage::FakeStage;
+    EventResult apply(std::unique_ptr<TelemetryEvent> event) override { return run(std::move(event)); }
+};
+
+/// Both managers of the processor.
+class FakeManagers : public IEventTracingManager, public IHealthCountersManager {
+public:
+    explicit FakeManagers(Calls calls) : calls_(std::move(calls)) {}
+    void traceEventStage(const std::string& identifier, uint32_t uid, const std::string& stage) override {
+        calls_->push_back("trace " + identifier + " " + std::to_string(uid) + " " + stage);
+    }
+    void incrementCounter(const std::string& name, int32_t amount) override {
+        calls_->push_back("count " + name + " " + std::to_string(amount));
+    }
+    void incrementEventCounter(const std::string& name, const TelemetryEvent& event, int32_t amount) override {
+        calls_->push_back("count " + name + " " + std::to_string(amount) + " of " + event.name());
+    }
+
+private:
+    Calls calls_;
+};
+
+}  // namespace Velo::OS::Telemetry::fakes

@@ -1,0 +1,82 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "telemetry/IEventTracingManager.h"
+#include "telemetry/IHealthCountersManager.h"
+#include "telemetry/ITelemetrySettingsManager.h"
+#include "telemetry/TelemetryEventBundle.h"
+#include "telemetry/TelemetryEventProcessorBuilder.h"
+
+// Services were compiled against these positions and sizes.
+
+namespace Velo::OS::Telemetry {
+
+/// Positions in the tables of virtual operations, counted from 1, destructors included. In the Itanium C++ ABI a
+/// pointer to a virtual member function holds the slot's offset in bytes, plus 1 where functions are byte-aligned.
+template <typename... Operation>
+std::vector<size_t> entries(Operation... operations) {
+    const auto entry = [](auto operation) {
+        size_t word = 0;
+        std::memcpy(&word, &operation, sizeof word);
+        return word / sizeof(void*) + 1;
+    };
+    return {entry(operations)...};
+}
+
+using Entries = std::vector<size_t>;
+
+TEST(InterfaceSlots, OperationsStandWhereTheyAreCalled) {
+    EXPECT_EQ(entries(&IEventTracingManager::traceEventStage), Entries{8});
+    EXPECT_EQ(entries(&IHealthCountersManager::incrementCounter, &IHealthCountersManager::incrementEventCounter),
+              (Entries{4, 5}));
+    using S = ITelemetrySettingsManager;
+    EXPECT_EQ(entries(&S::isTelemetryEnabled, &S::getTelemetryDeviceId, &S::getMorlekDeviceId, &S::getManagedMode,
+                      &S::getAccountMode, &S::isVerboseEnabled, &S::isClockAdjusted, &S::setClockAdjusted,
+                      &S::isEventCacheTimeAdjusted, &S::setEventCacheTimeAdjusted, &S::getClockAdjustmentMs,
+                      &S::setClockAdjustmentMs, &S::isGkEnabled, &S::isEventInVerification),
+              (Entries{4, 5, 6, 7, 8, 11, 16, 17, 18, 19, 20, 21, 24, 30}));
+    EXPECT_EQ(entries(&IApplier::apply, &IGuard::handle, &IMonitor::monitor), (Entries{3, 3, 3}));
+
+    using E = TelemetryEvent;
+    const Entries event =
+        entries(&E::getJsonValue, &E::getJsonString, &E::getDebugString, &E::getJsonBatchHeaderString, &E::size,
+                &E::name, &E::sessionsV2, &E::uid, &E::priority, &E::time, &E::clientCreatedTime, &E::adjustedTime,
+                &E::loggingPackage, &E::deviceId, &E::osBuildNumber, &E::appId, &E::appVersion, &E::arvoUserId,
+                &E::tags, &E::consentState, &E::addBool, &E::addInt, &E::addUInt, &E::addLong, &E::addULong,
+                &E::addDouble, static_cast<void (E::*)(const std::string&, const std::string&)>(&E::addString),
+                static_cast<void (E::*)(const std::string&, const char*)>(&E::addString), &E::addStringVector,
+                &E::addJson, &E::addProperty, &E::setSampleRate, &E::setUid, &E::sampleRateAsPelko, &E::getIntakeFormat,
+                &E::getStringIdentifier);
+    ASSERT_EQ(event.size(), 36U);
+    for (size_t i = 0; i < event.size(); ++i) EXPECT_EQ(event[i], i + 3) << "operation " << i + 1;
+}
+
+struct EventLayout {
+    void* table;
+    android::os::PersistableBundle bundle;
+    Json::Value document;
+    std::map<std::string, std::string> properties;
+    uint32_t uid;
+    bool conversionSucceeded, converted;
+    std::optional<std::string> cachedJson, cachedIdentifier;
+    IntakeFormat format;
+};
+static_assert(sizeof(TelemetryEventBundle) == sizeof(EventLayout));
+static_assert(sizeof(TelemetryEventProcessor) == 3 * sizeof(std::vector<int>) + 2 * sizeof(std::shared_ptr<int>));
+static_assert(sizeof(TelemetryEventProcessorBuilder) == sizeof(std::shared_ptr<int>));
+static_assert(sizeof(IApplier) == sizeof(void*) + sizeof(std::string));
+static_assert(sizeof(IGuard) == sizeof(IApplier) + sizeof(MonitorEventCallback) && sizeof(IMonitor) == sizeof(IGuard));
+
+TEST(InterfaceSlots, AResultIsAUnionAndOneByte) {
+    static_assert(sizeof(EventResult) == 24);
+    EventResult result;
+    const auto stateByte = [&] { return reinterpret_cast<const unsigned char*>(&result)[16]; };
+    EXPECT_EQ(stateByte(), 0);
+    result = EventResult(std::make_unique<TelemetryEventBundle>("e", 1000U, false));
+    EXPECT_EQ(stateByte(), 1);
+    result = std::error_code(22, std::generic_category());
+    EXPECT_EQ(stateByte(), 2);
+}
+
+}  // namespace Velo::OS::Telemetry

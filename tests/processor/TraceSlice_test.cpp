@@ -1,0 +1,72 @@
+#include "processor/TraceSlice.h"
+
+#include <gtest/gtest.h>
+#include <json/json.h>
+
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "tests/fakes/Slices.h"
+
+namespace Velo::OS::Telemetry {
+
+using Threads = std::multiset<std::string>;
+
+TEST(TraceSlice, SlicesNestWithinTheirThreadAndEndOnce) {
+    host::startTracing();
+    {
+        TraceSlice outer("o");
+        TraceSlice inner("Monitor: ", "m");
+        inner.end();
+        inner.end();
+        std::thread([] { TraceSlice("other thread"); }).join();
+    }
+    EXPECT_EQ(fakes::recordedSlices(), (Threads{"<o <Monitor: m > > ", "<other thread > "}));
+    EXPECT_TRUE(host::isTraceComplete());
+}
+
+TEST(TraceSlice, EachEdgeIsRecordedByTheStateOfItsOwnMoment) {
+    const struct {
+        bool enabledAtBegin, enabledAtEnd;
+        Threads expected;
+    } cases[] = {{true, true, {"<a <b > > "}}, {true, false, {"<a <b "}}, {false, true, {"> > "}}, {false, false, {}}};
+    for (const auto& c : cases) {
+        host::startTracing();  // forgets the recording of the row before
+        if (!c.enabledAtBegin) host::stopTracing();
+        {
+            TraceSlice a("a");
+            TraceSlice b("", "b");
+            c.enabledAtEnd ? host::startTracing() : host::stopTracing();
+        }
+        EXPECT_EQ(fakes::recordedSlices(), c.expected) << c.enabledAtBegin << c.enabledAtEnd;
+    }
+}
+
+TEST(TraceSlice, TheRecordersFileIsJsonThatViewersOpen) {
+    if (host::traceBackend() != "recorder") GTEST_SKIP() << "another backend, another format";
+    {
+        TraceSlice begunBefore("x");
+        host::startTracing();
+        TraceSlice("say \"a\"\n\xC3\xA9\xFF");  // the last byte is no UTF-8
+    }
+    host::stopTracing();
+    std::ofstream full("/dev/full");
+    EXPECT_FALSE(host::writeTrace(full));
+    std::stringstream file;
+    ASSERT_TRUE(host::writeTrace(file));
+
+    Json::Value trace;
+    file >> trace;
+    const Json::Value& events = trace["traceEvents"];
+    ASSERT_EQ(events.size(), 2U) << "an end without its begin is left out";
+    EXPECT_EQ(events[0]["name"], "say \"a\"\n\xC3\xA9\xEF\xBF\xBD");
+    EXPECT_EQ(events[0]["ph"].asString() + events[1]["ph"].asString(), "BE");
+    EXPECT_LE(events[0]["ts"], events[1]["ts"]);
+    for (const Json::Value& event : events) {
+        EXPECT_EQ(event["cat"], host::kTraceCategory);
+        EXPECT_TRUE(event["pid"].isInt() && event["tid"].isInt() && event["ts"].isDouble());
+    }
+}
+
+}  // namespace Velo::OS::Telemetry
