@@ -1,0 +1,69 @@
+#include "replay/Console.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+
+#include "replay/Escape.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+namespace {
+
+/// A line of input may be 1 MiB, and so may a name in it.
+constexpr size_t kMaxMessageLength = 500;
+
+std::string placed(const LinePlace& place, std::string_view message) {
+    return place.file + ":" + std::to_string(place.line) + ": " + std::string(message);
+}
+
+void writeToStandardError(std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = ::write(STDERR_FILENO, text.data(), text.size());
+        if (count < 0 && errno != EINTR) return;
+        if (count > 0) text.remove_prefix(static_cast<size_t>(count));
+    }
+}
+
+}  // namespace
+
+void Console::error(std::string_view message) { print(message); }
+
+void Console::error(const LinePlace& place, std::string_view message) { print(placed(place, message)); }
+
+void Console::warning(std::string_view message) {
+    if (!quiet_) print("warning: " + std::string(message));
+}
+
+void Console::warning(const LinePlace& place, std::string_view message) {
+    if (!quiet_) print(placed(place, "warning: " + std::string(message)));
+}
+
+void Console::showProgress(uint64_t totalBytes) {
+    if (!quiet_ && totalBytes > 0 && ::isatty(STDERR_FILENO) == 1) bar_.emplace(STDERR_FILENO, totalBytes);
+}
+
+void Console::summary(const Counts& counts, std::chrono::steady_clock::duration elapsed) {
+    if (quiet_) return;
+    const double seconds = std::chrono::duration<double>(elapsed).count();
+    const double rate = seconds > 0 ? static_cast<double>(counts.read) / seconds : 0;
+    char text[256];
+    const auto number = [](uint64_t count) { return static_cast<unsigned long long>(count); };
+    const int length =
+        std::snprintf(text, sizeof(text),
+                      "read               %12llu\nkept               %12llu\ndropped            %12llu\n"
+                      "bad                %12llu\nbytes              %12llu\nevents per second  %12.0f\n",
+                      number(counts.read), number(counts.kept), number(counts.dropped), number(counts.bad),
+                      number(counts.bytes), rate);
+    writeToStandardError({text, static_cast<size_t>(length)});
+}
+
+void Console::print(std::string_view line) {
+    if (bar_) bar_->clear();
+    std::string text = escaped(line.substr(0, kMaxMessageLength));
+    text += line.size() > kMaxMessageLength ? "...\n" : "\n";
+    writeToStandardError(text);
+}
+
+}  // namespace Velo::OS::Telemetry::replay

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "replay/LinePlace.h"
+#include "replay/ProgressBar.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+/// What became of the events. Every event read is kept, dropped or bad.
+struct Counts {
+    uint64_t read = 0;
+    uint64_t kept = 0;
+    uint64_t dropped = 0;  // by a stage
+    uint64_t bad = 0;      // lines that are no event, or one that cannot be converted
+    uint64_t bytes = 0;    // of input
+};
+
+/// Everything that the tool says on standard error, one line a message. Control characters and bytes that are no UTF-8
+/// are escaped here, whoever sent them. What cannot be written is lost: there is no place left to say so.
+class Console {
+public:
+    /// A quiet one drops warnings, progress and the summary.
+    explicit Console(bool quiet) : quiet_(quiet) {}
+
+    void error(std::string_view message);
+    void error(const LinePlace& place, std::string_view message);
+    void warning(std::string_view message);
+    void warning(const LinePlace& place, std::string_view message);
+
+    /// From now on `progress` draws a bar, if standard error is a terminal.
+    void showProgress(uint64_t totalBytes);
+    void progress(uint64_t bytesDone) {
+        if (bar_) bar_->update(bytesDone);
+    }
+    void hideProgress() { bar_.reset(); }
+
+    void summary(const Counts& counts, std::chrono::steady_clock::duration elapsed);
+
+private:
+    void print(std::string_view line);
+
+    const bool quiet_;
+    std::optional<ProgressBar> bar_;
+};
+
+}  // namespace Velo::OS::Telemetry::replay

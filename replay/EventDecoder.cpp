@@ -1,0 +1,118 @@
+#include "replay/EventDecoder.h"
+
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include "replay/BundleFromJson.h"
+#include "replay/Utf8.h"
+#include "telemetry/IntakeFormat.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+namespace {
+
+using MaybeError = std::optional<LineError>;
+
+/// The members of a line; null for one that is absent.
+struct Fields {
+    Json::Value* name = nullptr;
+    Json::Value* uid = nullptr;
+    Json::Value* realtime = nullptr;
+    Json::Value* format = nullptr;
+    Json::Value* atomId = nullptr;
+    Json::Value* data = nullptr;
+    Json::Value* bundle = nullptr;
+};
+
+constexpr std::pair<std::string_view, Json::Value * Fields::*> kFields[] = {
+    {"name", &Fields::name},      {"uid", &Fields::uid},   {"realtime", &Fields::realtime}, {"format", &Fields::format},
+    {"atom_id", &Fields::atomId}, {"data", &Fields::data}, {"bundle", &Fields::bundle},
+};
+
+constexpr uint32_t kDefaultUid = 1000;  // the system's own
+
+MaybeError findFields(Json::Value& line, Fields& fields) {
+    for (auto member = line.begin(); member != line.end(); ++member) {
+        const std::string name = member.name();
+        Json::Value* Fields::*field = nullptr;
+        for (const auto& [known, pointer] : kFields) {
+            if (name == known) field = pointer;
+        }
+        if (field == nullptr) return LineError{name + ": unknown member"};
+        fields.*field = &*member;
+    }
+    return std::nullopt;
+}
+
+/// Whether the value was written as an integer: jsoncpp itself counts 1.0 as one too.
+bool isIntegerLiteral(const Json::Value& value) {
+    return value.type() == Json::intValue || value.type() == Json::uintValue;
+}
+
+MaybeError checkTypes(const Fields& fields) {
+    if (fields.name == nullptr) return LineError{"name: missing"};
+    if (!fields.name->isString()) return LineError{"name: expected a string"};
+    if (fields.uid && !(isIntegerLiteral(*fields.uid) && fields.uid->isUInt())) {
+        return LineError{"uid: expected an unsigned 32-bit integer"};
+    }
+    if (fields.realtime && !fields.realtime->isBool()) return LineError{"realtime: expected true or false"};
+    if (fields.format && !fields.format->isString()) return LineError{"format: expected a string"};
+    if (fields.atomId && !(isIntegerLiteral(*fields.atomId) && fields.atomId->isInt())) {
+        return LineError{"atom_id: expected a signed 32-bit integer"};
+    }
+    if (fields.data && !fields.data->isObject()) return LineError{"data: expected an object"};
+    if (fields.bundle && !fields.bundle->isObject()) return LineError{"bundle: expected an object"};
+    return std::nullopt;
+}
+
+/// Which members go together.
+MaybeError checkTogether(const Fields& fields) {
+    const std::string format = fields.format ? fields.format->asString() : "json";
+    if (fields.data && fields.bundle) return LineError{"bundle: cannot be given together with data"};
+    if (!fields.data && !fields.bundle) return LineError{"data: missing, and there is no bundle either"};
+    if (fields.data && fields.realtime) return LineError{"realtime: only a bundle event has it"};
+    if (fields.bundle && format != "json") {
+        return LineError{"format: a bundle event names its pathway in bundle.utl_logging_pathway"};
+    }
+    if (format == "atom" && !fields.atomId) return LineError{"atom_id: missing, the format \"atom\" needs it"};
+    if (format != "atom" && fields.atomId) return LineError{"atom_id: only the format \"atom\" has it"};
+    return std::nullopt;
+}
+
+std::optional<IntakeFormat> intakeFormat(const Fields& fields) {
+    if (fields.atomId) return getAtomIntakeFormat(fields.atomId->asInt());
+    if (!fields.format || fields.format->asString() == "json") return IntakeFormat::JsonBundle;
+    return getIntakeFormatFromLoggingPathway(fields.format->asString());
+}
+
+EventDecoder::Decoded decodeFields(Fields& fields, std::string_view line) {
+    const std::string name = fields.name->asString();
+    const uint32_t uid = fields.uid ? fields.uid->asUInt() : kDefaultUid;
+    if (fields.data) {
+        const std::optional<IntakeFormat> format = intakeFormat(fields);
+        if (!format) return LineError{R"(format: expected "json", "libtelemetry", "osndk" or "atom")"};
+        return std::make_unique<TelemetryEventBundle>(name, std::move(*fields.data), uid, *format);
+    }
+    android::os::PersistableBundle bundle;
+    if (auto fault = bundleFromJson(*fields.bundle, line, "bundle", bundle)) return LineError{std::move(*fault)};
+    const bool realtime = fields.realtime && fields.realtime->asBool();
+    return std::make_unique<TelemetryEventBundle>(name, uid, realtime, bundle);
+}
+
+}  // namespace
+
+EventDecoder::Decoded EventDecoder::decode(std::string_view line) {
+    const size_t malformed = findMalformedUtf8(line);
+    if (malformed < line.size()) return LineError{"not UTF-8: column " + std::to_string(malformed + 1)};
+    if (auto fault = json_.parse(line, root_)) return LineError{std::move(*fault)};
+    if (!root_.isObject()) return LineError{"expected an object"};
+
+    Fields fields;
+    if (MaybeError error = findFields(root_, fields)) return *std::move(error);
+    if (MaybeError error = checkTypes(fields)) return *std::move(error);
+    if (MaybeError error = checkTogether(fields)) return *std::move(error);
+    return decodeFields(fields, line);
+}
+
+}  // namespace Velo::OS::Telemetry::replay

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "replay/StrictJson.h"
+#include "telemetry/TelemetryEventBundle.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+/// What is wrong with a line: the path of the field and the reason, "uid: expected an unsigned 32-bit integer". May
+/// hold control characters of the line.
+struct LineError {
+    std::string text;
+};
+
+/// Turns lines of input into events. A line is one JSON object:
+///
+///     name      string, required
+///     uid       unsigned 32-bit integer, 1000 if absent
+///     data      object: the payload of a JSON event; either this or `bundle`
+///     format    of a JSON event: "json" (if absent), "libtelemetry", "osndk" or "atom"
+///     atom_id   signed 32-bit integer, with the format "atom" only
+///     bundle    object: the payload of a bundle event, typed as `bundleFromJson` says
+///     realtime  of a bundle event: bool, false if absent
+///
+/// Not to be used by two threads at once.
+class EventDecoder {
+public:
+    using Decoded = std::variant<std::unique_ptr<TelemetryEventBundle>, LineError>;
+
+    /// A NUL must follow the line in memory.
+    Decoded decode(std::string_view line);
+
+private:
+    StrictJson json_;
+    Json::Value root_;
+};
+
+}  // namespace Velo::OS::Telemetry::replay

@@ -1,0 +1,74 @@
+#include "replay/OutputFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "replay/FileError.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+namespace {
+
+constexpr size_t kBufferSize = 65'536;
+constexpr mode_t kNewFileMode = 0666;  // less the user's umask
+
+}  // namespace
+
+OutputFile::OutputFile(const std::string& path)
+    : name_(path == "-" ? "<stdout>" : path),
+      isStandardOutput_(path == "-"),
+      file_(isStandardOutput_ ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
+                              : ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kNewFileMode)) {
+    if (file_.number() < 0) throw FileError("open", name_, errno);
+    status_ = fileStatus(file_);
+    buffer_.reserve(kBufferSize);
+}
+
+bool OutputFile::isTerminal() const { return ::isatty(file_.number()) == 1; }
+
+void OutputFile::truncate() {
+    if (isStandardOutput_ || !S_ISREG(status_.st_mode)) return;
+    if (::ftruncate(file_.number(), 0) != 0) fail(errno);
+}
+
+void OutputFile::write(std::string_view bytes) {
+    if (failed_) return;
+    if (buffer_.size() + bytes.size() > kBufferSize) flush();
+    if (bytes.size() > kBufferSize) {
+        writeThrough(bytes);
+    } else {
+        buffer_ += bytes;
+    }
+}
+
+void OutputFile::flush() {
+    if (failed_) return;
+    writeThrough(buffer_);
+    buffer_.clear();
+}
+
+void OutputFile::close() {
+    flush();
+    const int error = file_.close();
+    if (error != 0 && !failed_) fail(error);
+}
+
+void OutputFile::writeThrough(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(file_.number(), bytes.data(), bytes.size());
+        if (count >= 0) {
+            bytes.remove_prefix(static_cast<size_t>(count));
+        } else if (errno != EINTR) {
+            fail(errno);
+        }
+    }
+}
+
+void OutputFile::fail(int error) {
+    failed_ = true;
+    throw FileError("write", name_, error);
+}
+
+}  // namespace Velo::OS::Telemetry::replay

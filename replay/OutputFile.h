@@ -1,0 +1,43 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include <string>
+#include <string_view>
+
+#include "replay/FileDescriptor.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+/// A file, or standard output, written through a buffer. Every failure throws `FileError`, once: after it the file
+/// takes whatever it is given and writes nothing. What `close` has not written is lost.
+class OutputFile {
+public:
+    /// Opens the file and creates it if there is none, yet leaves its contents; "-" is standard output.
+    explicit OutputFile(const std::string& path);
+
+    /// Its path as given, or "<stdout>".
+    const std::string& name() const { return name_; }
+    const struct stat& status() const { return status_; }
+    bool isTerminal() const;
+
+    /// Empties a regular file that was opened by its path.
+    void truncate();
+    /// Each write call to the system ends where one of these writes ends.
+    void write(std::string_view bytes);
+    void flush();
+    void close();
+
+private:
+    void writeThrough(std::string_view bytes);
+    [[noreturn]] void fail(int error);
+
+    std::string name_;
+    bool isStandardOutput_;
+    bool failed_ = false;
+    FileDescriptor file_;
+    struct stat status_;
+    std::string buffer_;
+};
+
+}  // namespace Velo::OS::Telemetry::replay

@@ -1,0 +1,101 @@
+#include "replay/Replay.h"
+
+#include <utility>
+
+#include "replay/LibraryLog.h"
+#include "replay/OutputLine.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+namespace {
+
+bool isBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == std::string_view::npos; }
+
+/// Attributes what the library logs to a place for as long as it lives.
+class LoggingPlace {
+public:
+    explicit LoggingPlace(const LinePlace& place) { LibraryLog::setPlace(&place); }
+    LoggingPlace(const LoggingPlace&) = delete;
+    LoggingPlace& operator=(const LoggingPlace&) = delete;
+    ~LoggingPlace() { LibraryLog::setPlace(nullptr); }
+};
+
+}  // namespace
+
+Replay::Replay(RunFiles& files, const TelemetryEventProcessor& processor, Console& console, BadLines badLines)
+    : files_(files), processor_(processor), console_(console), badLines_(badLines) {}
+
+void Replay::run() {
+    const LoggingPlace loggingPlace(place_);
+    for (InputFile& input : files_.inputs) replayFile(input);
+}
+
+void Replay::replayFile(InputFile& input) {
+    LineReader reader(input);
+    const uint64_t bytesBefore = counts_.bytes;
+    place_.file = input.name();
+    while (!stopped_) {
+        const LineReader::Found found = reader.next();
+        if (found == LineReader::Found::End) return;
+
+        place_.line = reader.lineNumber();
+        counts_.bytes = bytesBefore + reader.bytesRead();
+        if (found == LineReader::Found::LongLine) {
+            handleLongLine(reader);
+            counts_.bytes = bytesBefore + reader.bytesRead();
+        } else if (!isBlank(reader.text())) {
+            handleLine(reader.text());
+        }
+        console_.progress(counts_.bytes);
+    }
+}
+
+void Replay::handleLine(std::string_view line) {
+    ++counts_.read;
+    EventDecoder::Decoded decoded = decoder_.decode(line);
+    if (const auto* error = std::get_if<LineError>(&decoded)) {
+        reject(line, error->text);
+    } else {
+        handleEvent(std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded)), line);
+    }
+}
+
+void Replay::handleEvent(std::unique_ptr<TelemetryEvent> event, std::string_view line) {
+    EventResult result = processor_.processEvent(std::move(event));
+    if (result.hasError()) {
+        ++counts_.dropped;
+        return;
+    }
+    const std::unique_ptr<TelemetryEvent> processed = result.takeValue();
+    if (!writeOutputLine(*processed, outputLine_)) {
+        reject(line, "bundle: cannot be converted to JSON");
+        return;
+    }
+    ++counts_.kept;
+    files_.output.write(outputLine_);
+}
+
+/// Copies the line to the rejects part by part: it may be longer than memory.
+void Replay::handleLongLine(LineReader& reader) {
+    ++counts_.read;
+    countBad("longer than " + std::to_string(LineReader::kMaxLineLength) + " bytes");
+    do {
+        if (files_.rejects) files_.rejects->write(reader.text());
+    } while (reader.nextPart());
+    if (files_.rejects) files_.rejects->write("\n");
+}
+
+void Replay::countBad(std::string_view reason) {
+    ++counts_.bad;
+    console_.error(place_, reason);
+    stopped_ = badLines_ == BadLines::Stop;
+}
+
+void Replay::reject(std::string_view line, std::string_view reason) {
+    countBad(reason);
+    if (!files_.rejects) return;
+    files_.rejects->write(line);
+    files_.rejects->write("\n");
+}
+
+}  // namespace Velo::OS::Telemetry::replay

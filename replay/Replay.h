@@ -1,0 +1,50 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "replay/Console.h"
+#include "replay/EventDecoder.h"
+#include "replay/LinePlace.h"
+#include "replay/LineReader.h"
+#include "replay/RunFiles.h"
+#include "telemetry/TelemetryEventProcessor.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+/// Reads events line by line, has each processed and writes what has become of it. Lines that are no event go to the
+/// rejects as they are.
+class Replay {
+public:
+    enum class BadLines { Continue, Stop };
+
+    /// All arguments lent must outlive it.
+    Replay(RunFiles& files, const TelemetryEventProcessor& processor, Console& console, BadLines badLines);
+
+    /// Reads the inputs to their end, or to the first bad line if that is to stop the run. Throws `FileError`; the
+    /// counts then say how far it came. Outputs may still hold lines in their buffers afterwards.
+    void run();
+
+    const Counts& counts() const { return counts_; }
+
+private:
+    void replayFile(InputFile& input);
+    void handleLine(std::string_view line);
+    void handleEvent(std::unique_ptr<TelemetryEvent> event, std::string_view line);
+    void handleLongLine(LineReader& reader);
+    void countBad(std::string_view reason);
+    void reject(std::string_view line, std::string_view reason);
+
+    RunFiles& files_;
+    const TelemetryEventProcessor& processor_;
+    Console& console_;
+    const BadLines badLines_;
+
+    EventDecoder decoder_;
+    LinePlace place_;
+    std::string outputLine_;
+    Counts counts_;
+    bool stopped_ = false;
+};
+
+}  // namespace Velo::OS::Telemetry::replay

@@ -1,0 +1,108 @@
+#include "replay/RunCommand.h"
+
+#include <chrono>
+#include <ostream>
+#include <streambuf>
+
+#include "platform/tracing/HostTracing.h"
+#include "replay/Console.h"
+#include "replay/FileError.h"
+#include "replay/LibraryLog.h"
+#include "replay/Replay.h"
+#include "replay/RunFiles.h"
+#include "telemetry/TelemetryEventProcessorBuilder.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+namespace {
+
+/// Lets a stream write to a file of the run.
+class FileStreamBuffer : public std::streambuf {
+public:
+    explicit FileStreamBuffer(OutputFile& file) : file_(file) {}
+
+private:
+    int_type overflow(int_type character) override {
+        const char byte = traits_type::to_char_type(character);
+        if (!traits_type::eq_int_type(character, traits_type::eof())) file_.write({&byte, 1});
+        return traits_type::not_eof(character);
+    }
+
+    std::streamsize xsputn(const char* bytes, std::streamsize count) override {
+        file_.write({bytes, static_cast<size_t>(count)});
+        return count;
+    }
+
+    OutputFile& file_;
+};
+
+void writeTrace(OutputFile& file) {
+    FileStreamBuffer buffer(file);
+    std::ostream stream(&buffer);
+    stream.exceptions(std::ios::badbit);  // lets a `FileError` through
+    if (!host::writeTrace(stream)) throw FileError("cannot write " + file.name());
+}
+
+/// Whether the action could use its files; says so if not.
+template <typename Action>
+bool succeeds(Console& console, Action action) {
+    try {
+        action();
+        return true;
+    } catch (const FileError& error) {
+        console.error(error.what());
+        return false;
+    }
+}
+
+bool closeAll(RunFiles& files, Console& console) {
+    bool closed = succeeds(console, [&] { files.output.close(); });
+    if (files.rejects) closed &= succeeds(console, [&] { files.rejects->close(); });
+    return closed;
+}
+
+bool finishTrace(RunFiles& files, Console& console) {
+    if (!files.trace) return true;
+    host::stopTracing();
+    if (!host::isTraceComplete()) console.warning(files.trace->name() + " lacks some slices");
+    return succeeds(console, [&] {
+        writeTrace(*files.trace);
+        files.trace->close();
+    });
+}
+
+ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
+    const auto processor = TelemetryEventProcessorBuilder(nullptr, nullptr).build();
+    const auto badLines = options.strict ? Replay::BadLines::Stop : Replay::BadLines::Continue;
+    Replay replay(files, *processor, console, badLines);
+    // Lines of output would run into the bar.
+    if (!files.output.isTerminal()) console.showProgress(files.inputBytes().value_or(0));
+    if (files.trace) host::startTracing();
+
+    const auto start = std::chrono::steady_clock::now();
+    bool usable = succeeds(console, [&] { replay.run(); });
+    console.hideProgress();
+    usable &= closeAll(files, console);
+    const auto elapsed = std::chrono::steady_clock::now() - start;
+    usable &= finishTrace(files, console);
+
+    console.summary(replay.counts(), elapsed);
+    if (!usable) return ExitStatus::Unusable;
+    return replay.counts().bad > 0 ? ExitStatus::BadInput : ExitStatus::Success;
+}
+
+}  // namespace
+
+ExitStatus runCommand(const RunOptions& options) {
+    Console console(options.quiet);
+    const LibraryLog libraryLog(console);
+    try {
+        RunFiles files = openRunFiles(options);
+        return replayFiles(files, options, console);
+    } catch (const FileError& error) {
+        console.error(error.what());
+        return ExitStatus::Unusable;
+    }
+}
+
+}  // namespace Velo::OS::Telemetry::replay

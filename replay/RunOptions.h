@@ -1,0 +1,19 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Velo::OS::Telemetry::replay {
+
+/// The command line of `run`. A path "-" is standard input or standard output.
+struct RunOptions {
+    std::vector<std::string> inputs;  // none: standard input
+    std::string output = "-";
+    std::optional<std::string> rejects;  // none: bad lines are only counted
+    std::optional<std::string> trace;
+    bool strict = false;
+    bool quiet = false;
+};
+
+}  // namespace Velo::OS::Telemetry::replay

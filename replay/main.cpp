@@ -1,0 +1,104 @@
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <sstream>
+#include <string>
+
+#include "replay/Console.h"
+#include "replay/FileDescriptor.h"
+#include "replay/FileError.h"
+#include "replay/OutputFile.h"
+#include "replay/RunCommand.h"
+
+namespace {
+
+using namespace Velo::OS::Telemetry::replay;
+
+constexpr char kRunDescription[] = "Runs events through the pipeline and writes what becomes of them.";
+
+constexpr char kRunFooter[] = R"(
+Input: one JSON object a line.
+  name      string, required
+  uid       unsigned 32-bit integer, 1000 if absent
+  data      object, the payload of a JSON event; or else:
+  bundle    object, the payload of a bundle event: integers become ints or longs,
+            numbers with a fraction or exponent doubles, arrays of strings string
+            vectors, other arrays and objects nested bundles
+  realtime  true or false, for bundle events
+  format    "json", "libtelemetry", "osndk", or "atom" with atom_id, for JSON events
+
+Output: one JSON object a line with name, uid, identifier, data and header.
+
+A bad line does not stop the run. It goes unchanged to the file that --rejects
+names, and standard error says FILE:LINE: what is wrong with which field.
+
+Exit status: 0; 1 if there was a bad line; 2 for a wrong call or a file that
+cannot be opened, read or written.
+
+Examples:
+  telemetry-replay run day.jsonl -o out.jsonl --rejects bad.jsonl
+  telemetry-replay run --trace day.trace day.jsonl > out.jsonl
+  echo '{"name":"launch","data":{"k":1}}' | telemetry-replay run)";
+
+constexpr char kFooter[] = R"(
+Examples:
+  telemetry-replay run day.jsonl -o out.jsonl
+  telemetry-replay run --help)";
+
+void addRunCommand(CLI::App& app, RunOptions& options) {
+    CLI::App* run = app.add_subcommand("run", kRunDescription);
+    run->add_option("FILE", options.inputs, "Files of events; none or - is standard input")->type_name("");
+    run->add_option("-o,--output", options.output, "Write the events to FILE instead of standard output")
+        ->type_name("FILE");
+    run->add_option("--rejects", options.rejects, "Write bad lines to FILE, unchanged")->type_name("FILE");
+    run->add_option("--trace", options.trace, "Write a trace of the pipeline to FILE, for the Perfetto UI")
+        ->type_name("FILE");
+    run->add_flag("--strict", options.strict, "Stop at the first bad line");
+    run->add_flag("-q,--quiet", options.quiet, "No warnings, no progress bar, no summary");
+    run->footer(kRunFooter);
+}
+
+/// Help and version go to standard output, whose failure counts; anything else is a wrong call.
+ExitStatus report(const CLI::App& app, const CLI::ParseError& error) {
+    Console console(false);
+    if (error.get_exit_code() != static_cast<int>(CLI::ExitCodes::Success)) {
+        console.error(error.what());
+        console.error("Run with --help for more information.");
+        return ExitStatus::Unusable;
+    }
+    std::ostringstream text;
+    app.exit(error, text, text);
+    try {
+        OutputFile output("-");
+        output.write(text.str());
+        output.close();
+        return ExitStatus::Success;
+    } catch (const FileError& failure) {
+        console.error(failure.what());
+        return ExitStatus::Unusable;
+    }
+}
+
+ExitStatus runTool(int argc, char** argv) {
+    CLI::App app("Replays telemetry events on a desk, through the pipeline that devices run.", "telemetry-replay");
+    RunOptions options;
+    app.set_version_flag("--version", "telemetry-replay " TELEMETRY_REPLAY_VERSION);
+    app.require_subcommand(1);
+    app.footer(kFooter);
+    addRunCommand(app, options);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return report(app, error);
+    }
+    return runCommand(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // A closed pipe or a file grown to its limit is then an error of the write that meets it, with a message.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    occupyStandardDescriptors();
+    return static_cast<int>(runTool(argc, argv));
+}
