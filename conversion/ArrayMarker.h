@@ -4,8 +4,9 @@
 
 namespace Velo::OS::Telemetry {
 
-/// The key, of any type, that marks a bundle as an array.
-inline constexpr char kArrayMarker[] = "utl_array_of_bundles";
+/// The key, of any type, that marks a bundle as an array: "utl_array_of_bundles". Never destroyed, because events are
+/// converted until the process has ended.
+const android::String16& arrayMarker();
 
 /// Whether the bundle is marked as an array.
 bool hasArrayMarker(const android::os::PersistableBundle& bundle);

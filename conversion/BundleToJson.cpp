@@ -22,11 +22,6 @@ using Keys = std::set<String16>;
 template <typename T>
 using Getter = bool (PersistableBundle::*)(const String16&, T*) const;
 
-const String16& arrayMarker() {
-    static const String16 key(kArrayMarker);
-    return key;
-}
-
 /// Strings and keys end at their first NUL.
 Json::Value toJson(const String16& text) { return Json::Value(String8(text).string()); }
 
@@ -114,6 +109,8 @@ bool convertObject(const PersistableBundle& bundle, Json::Value& json) {
                                               earlier, json);
     if (!scalarsConverted) return false;
 
+    // Deliberate: nested bundles are merged whatever was there before. An earlier member that is no object therefore
+    // fails the call, and an empty nested bundle leaves null.
     for (const String16& key : bundle.getPersistableBundleKeys()) {
         if (!convertNested(bundle, key, json[String8(key).string()])) return false;
     }
@@ -165,6 +162,7 @@ bool convertArray(const PersistableBundle& bundle, Json::Value& json) {
     const size_t count = keys.united().size();
     if (count != keys.count()) return false;  // a key of two types
 
+    // Deliberate: an array that fails below keeps this size, with nulls where elements were not reached.
     json.resize(static_cast<Json::ArrayIndex>(count));
     for (Json::ArrayIndex i = 0; i < count; ++i) {
         if (!convertElement(bundle, keys, String16(std::to_string(i).c_str()), json[i])) return false;
@@ -179,6 +177,11 @@ bool holds(const PersistableBundle& bundle, Getter<T> get, const String16& key) 
 }
 
 }  // namespace
+
+const String16& arrayMarker() {
+    static const String16& key = *new String16("utl_array_of_bundles");
+    return key;
+}
 
 bool hasArrayMarker(const PersistableBundle& bundle) {
     const String16& key = arrayMarker();

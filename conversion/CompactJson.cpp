@@ -6,6 +6,8 @@
 #include <ostream>
 #include <streambuf>
 
+#include "conversion/PerThread.h"
+
 namespace Velo::OS::Telemetry {
 
 namespace {
@@ -27,17 +29,18 @@ private:
     }
 };
 
-/// A writer and its stream cost more to build than most events to write, so each thread keeps its own.
 class CompactWriter {
 public:
     CompactWriter() : stream_(&buffer_) {
         Json::StreamWriterBuilder builder;
         builder["indentation"] = "";
         writer_.reset(builder.newStreamWriter());
+        stream_.exceptions(std::ios::badbit);  // a text cut short for want of memory must not pass for a whole one
     }
 
     std::string write(const Json::Value& value) {
         buffer_.text.clear();
+        stream_.clear();
         writer_->write(value, &stream_);
         // An exact copy, so that the cached text of an event wastes nothing and the buffer need not grow again.
         std::string text = buffer_.text;
@@ -57,8 +60,7 @@ private:
 }  // namespace
 
 std::string toCompactJson(const Json::Value& value) {
-    thread_local CompactWriter writer;
-    return writer.write(value);
+    return withThreadsOwn<CompactWriter>([&](CompactWriter& writer) { return writer.write(value); });
 }
 
 }  // namespace Velo::OS::Telemetry

@@ -7,17 +7,25 @@
 #include <memory>
 
 #include "conversion/ArrayMarker.h"
+#include "conversion/PerThread.h"
 
 namespace Velo::OS::Telemetry {
 
 using android::String16;
 using android::os::PersistableBundle;
 
+namespace {
+
+struct DefaultReader {
+    const std::unique_ptr<Json::CharReader> reader{Json::CharReaderBuilder().newCharReader()};
+};
+
+}  // namespace
+
 bool getJsonFromString(const char* text, Json::Value& out) {
-    // A reader costs more to build than most texts to parse; parsing leaves nothing behind in it.
-    thread_local const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
     try {
-        return reader->parse(text, text + std::strlen(text), &out, nullptr);
+        return withThreadsOwn<DefaultReader>(
+            [&](const DefaultReader& own) { return own.reader->parse(text, text + std::strlen(text), &out, nullptr); });
     } catch (const std::exception&) {
         // Nesting beyond the reader's limit is thrown, not returned.
         return false;
@@ -27,10 +35,11 @@ bool getJsonFromString(const char* text, Json::Value& out) {
 bool convertJsonToBundle(const std::string& key, const Json::Value& value, PersistableBundle& bundle) {
     if (value.isNull()) return true;
 
+    // Deliberate: a null or a child that cannot be stored is left out and its parent is stored all the same.
     const String16 key16(key.c_str());
     if (value.isArray()) {
         PersistableBundle elements;
-        elements.putBoolean(String16(kArrayMarker), true);
+        elements.putBoolean(arrayMarker(), true);
         for (Json::ArrayIndex i = 0; i < value.size(); ++i) convertJsonToBundle(std::to_string(i), value[i], elements);
         bundle.putPersistableBundle(key16, elements);
     } else if (value.isObject()) {

@@ -2,6 +2,7 @@
 
 #include <android/log.h>
 
+#include <locale>
 #include <sstream>
 
 #include "conversion/ArrayMarker.h"
@@ -54,6 +55,7 @@ std::string TelemetryEventBundle::getJsonBatchHeaderString() {
 
 std::string TelemetryEventBundle::getDebugString() {
     std::ostringstream line;
+    line.imbue(std::locale::classic());
     // Deliberate: no comma before " uid: ".
     line << "name: " << name() << " uid: " << uid() << ", time: " << time() << ", size: " << size()
          << ", priority: " << (priority() ? 1 : 0) << ", data: " << getJsonString()

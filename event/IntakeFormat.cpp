@@ -16,7 +16,8 @@ IntakeFormat getAtomIntakeFormat(int atomId) {
     return IntakeFormat::SpecificAtom;
 }
 
-std::optional<IntakeFormat> getIntakeFormatFromLoggingPathway(const std::string& pathway) {
+// NOLINTNEXTLINE(performance-unnecessary-value-param): services were compiled against a parameter by value.
+std::optional<IntakeFormat> getIntakeFormatFromLoggingPathway(std::string pathway) {
     if (pathway == "libtelemetry") return IntakeFormat::Libtelemetry;
     if (pathway == "osndk") return IntakeFormat::OsNdk;
     __android_log_print(ANDROID_LOG_DEBUG, "TelemetryService", "Unknown logging pathway %s", pathway.c_str());

@@ -13,8 +13,8 @@ namespace {
 
 constexpr int64_t kDefaultAppId = 736366014426470;
 
-/// 1 / rate as an integer. What no unsigned long holds becomes the nearest one that it does, as on the device's
-/// processors.
+/// 1 / rate as an integer. What no unsigned long holds becomes the nearest one that it does, and NaN 0, as on the
+/// device's processors.
 unsigned long inverseOf(float rate) {
     if (rate == 0.0F) return 0;
     const float inverse = 1.0F / rate;
@@ -138,7 +138,7 @@ IntakeFormat TelemetryEventBundle::getIntakeFormat() const { return intakeFormat
 
 int64_t TelemetryEventBundle::appId() const {
     const int64_t id = metadataNumber("utl_app_id", kDefaultAppId);
-    return id == 0 ? kDefaultAppId : id;
+    return id == 0 ? kDefaultAppId : id;  // deliberate: 0 counts as absent
 }
 
 std::string TelemetryEventBundle::deviceId() const {

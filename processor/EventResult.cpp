@@ -2,21 +2,33 @@
 
 #include <android/log.h>
 
-#include <utility>
-
 namespace Velo::OS::Telemetry {
 
-std::error_code EventResult::error() const {
-    const auto* code = std::get_if<std::error_code>(&content_);
-    return code ? *code : std::error_code();
+EventResult& EventResult::operator=(EventResult&& other) noexcept {
+    if (this == &other) return *this;
+    clear();
+    moveFrom(other);
+    return *this;
+}
+
+/// Takes over what the other holds; this one is empty.
+void EventResult::moveFrom(EventResult& other) noexcept {
+    if (other.hasValue()) new (&event_) std::unique_ptr<TelemetryEvent>(std::move(other.event_));
+    if (other.hasError()) new (&error_) std::error_code(other.error_);
+    state_ = other.state_;
+    other.clear();
+}
+
+void EventResult::clear() noexcept {
+    if (hasValue()) event_.~unique_ptr();
+    state_ = State::Empty;
 }
 
 std::unique_ptr<TelemetryEvent> EventResult::takeValue() {
-    auto* value = std::get_if<std::unique_ptr<TelemetryEvent>>(&content_);
     // Deliberate: the name and the line are those that crash reports are grouped by, wherever this code stands.
-    if (!value) __android_log_assert(nullptr, "TelemetryService", "%s:%u PANIC", "requireValue", 1066U);
-    std::unique_ptr<TelemetryEvent> event = std::move(*value);
-    content_.emplace<std::monostate>();
+    if (!hasValue()) __android_log_assert(nullptr, "TelemetryService", "%s:%u PANIC", "requireValue", 1066U);
+    std::unique_ptr<TelemetryEvent> event = std::move(event_);
+    clear();
     return event;
 }
 

@@ -53,9 +53,9 @@ TelemetryEventProcessor::TelemetryEventProcessor(TelemetryEventProcessor&& other
 
 TelemetryEventProcessor& TelemetryEventProcessor::operator=(TelemetryEventProcessor&& other) noexcept {
     if (this == &other) return *this;
-    appliers_ = std::exchange(other.appliers_, {});
-    guards_ = std::exchange(other.guards_, {});
-    monitors_ = std::exchange(other.monitors_, {});
+    appliers_ = std::move(other.appliers_);
+    guards_ = std::move(other.guards_);
+    monitors_ = std::move(other.monitors_);
     tracingManager_ = std::move(other.tracingManager_);
     healthCounters_ = std::move(other.healthCounters_);
     return *this;
@@ -64,7 +64,8 @@ TelemetryEventProcessor& TelemetryEventProcessor::operator=(TelemetryEventProces
 TelemetryEventProcessor::~TelemetryEventProcessor() = default;
 
 EventResult TelemetryEventProcessor::processEvent(std::unique_ptr<TelemetryEvent> event) const {
-    const TraceSlice processing(kProcessingLabel, trace::isEnabled() ? event->name() : std::string());
+    const TraceSlice processing =
+        trace::isEnabled() ? TraceSlice(kProcessingLabel, event->name()) : TraceSlice::withoutBegin();
     StageReporter reporter(tracingManager_.get(), healthCounters_.get());
 
     for (const auto& monitor : monitors_) {
@@ -86,6 +87,7 @@ EventResult TelemetryEventProcessor::processEvent(std::unique_ptr<TelemetryEvent
         const TraceSlice slice(kApplierLabel, applier->name_);
         if (ApplierBlocklist::hasBlockedEvents(applier->name_) &&
             ApplierBlocklist::isApplierBlocked(applier->name_, event->name())) {
+            // Deliberate: a skipped applier is neither reported nor counted.
             TraceSlice(kApplierBlockedLabel, applier->name_).end();
             continue;
         }

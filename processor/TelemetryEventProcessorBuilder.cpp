@@ -8,6 +8,7 @@ using Builder = TelemetryEventProcessorBuilder;
 
 Builder::TelemetryEventProcessorBuilder(std::shared_ptr<IEventTracingManager> tracingManager,
                                         std::shared_ptr<IHealthCountersManager> healthCounters)
+    // Deliberate: not one allocation with its count, so that its memory goes when the last owner does.
     : processor_(new TelemetryEventProcessor(std::move(tracingManager), std::move(healthCounters))) {}
 
 Builder::TelemetryEventProcessorBuilder(Builder&& other) noexcept = default;

@@ -12,6 +12,8 @@ class TraceSlice {
 public:
     explicit TraceSlice(const char* name);
     TraceSlice(const std::string& label, const std::string& subject);
+    /// For a caller that has found the category disabled.
+    static TraceSlice withoutBegin() { return TraceSlice(); }
     TraceSlice(const TraceSlice&) = delete;
     TraceSlice& operator=(const TraceSlice&) = delete;
     ~TraceSlice() { end(); }
@@ -19,6 +21,8 @@ public:
     void end();
 
 private:
+    TraceSlice() = default;
+
     bool ended_ = false;
 };
 

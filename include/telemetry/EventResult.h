@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <system_error>
-#include <variant>
+#include <utility>
 
 #include "telemetry/Export.h"
 #include "telemetry/TelemetryEvent.h"
@@ -11,29 +11,40 @@
 namespace Velo::OS::Telemetry {
 
 /// What a guard, an applier or the whole pipeline makes of an event: the event itself, an error, or nothing (the state
-/// of a fresh result and of one whose value has been taken). The state is one byte behind the 16 bytes it describes.
+/// of a fresh result, of one that was moved from and of one whose value has been taken).
+///
+/// The layout is ABI: 16 bytes, and behind them one byte of state that says what they hold.
 class [[nodiscard]] TELEMETRY_EXPORT EventResult {
 public:
     enum class State : uint8_t { Empty, Value, Error };
 
-    EventResult() = default;
-    EventResult(std::unique_ptr<TelemetryEvent> event) : content_(std::move(event)) {}
-    EventResult(std::error_code error) : content_(error) {}
+    EventResult() noexcept {}
+    EventResult(std::unique_ptr<TelemetryEvent> event) noexcept : event_(std::move(event)), state_(State::Value) {}
+    EventResult(std::error_code error) noexcept : error_(error), state_(State::Error) {}
+    EventResult(EventResult&& other) noexcept { moveFrom(other); }
+    EventResult& operator=(EventResult&& other) noexcept;
+    ~EventResult() { clear(); }
 
-    State state() const { return static_cast<State>(content_.index()); }
-    bool hasValue() const { return state() == State::Value; }
-    bool hasError() const { return state() == State::Error; }
+    State state() const { return state_; }
+    bool hasValue() const { return state_ == State::Value; }
+    bool hasError() const { return state_ == State::Error; }
 
     /// The error; a code of value 0 if there is none.
-    std::error_code error() const;
+    std::error_code error() const { return hasError() ? error_ : std::error_code(); }
 
     /// Hands the event over (it may be null: whatever the stage put in) and leaves the result empty. Aborts the process
     /// through `__android_log_assert` in any state but `Value`.
     std::unique_ptr<TelemetryEvent> takeValue();
 
 private:
-    // The order of the alternatives gives the numbers of the states.
-    std::variant<std::monostate, std::unique_ptr<TelemetryEvent>, std::error_code> content_;
+    void moveFrom(EventResult& other) noexcept;
+    void clear() noexcept;
+
+    union {
+        std::unique_ptr<TelemetryEvent> event_;
+        std::error_code error_;
+    };
+    State state_ = State::Empty;
 };
 
 }  // namespace Velo::OS::Telemetry

@@ -9,7 +9,7 @@
 namespace Velo::OS::Telemetry {
 
 /// Keeps named counters about the telemetry service itself. Injected by the service; called from every thread that
-/// processes events, guards calling with their lock held.
+/// processes events, guards that have a lock calling with it held.
 ///
 /// The service was compiled against these slots; the two destructors are entries 1 and 2, and entries that this library
 /// does not call are reserved in their places.

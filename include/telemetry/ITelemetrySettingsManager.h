@@ -17,9 +17,10 @@ public:
     virtual ~ITelemetrySettingsManager() = default;
     virtual void reserved3() {}
     virtual bool isTelemetryEnabled() = 0;
+    /// Ids of the device; none if it has none yet.
     virtual std::optional<std::string> getTelemetryDeviceId() = 0;
     virtual std::optional<std::string> getMorlekDeviceId() = 0;
-    /// `momentNs`: the moment asked about, in nanoseconds.
+    /// The mode in which the device was managed at the moment, in nanoseconds; and whether it had an account then.
     virtual int32_t getManagedMode(int64_t momentNs, std::optional<int32_t> userId) = 0;
     virtual bool getAccountMode(int64_t momentNs, std::optional<int32_t> userId) = 0;
     virtual void reserved9() {}

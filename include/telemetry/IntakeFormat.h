@@ -32,7 +32,7 @@ TELEMETRY_EXPORT IntakeFormat getAtomIntakeFormat(int atomId);
 
 /// The format that a logging pathway ("libtelemetry" or "osndk", in exactly these letters) stands for.
 /// Any other pathway is logged at debug priority and has none.
-TELEMETRY_EXPORT std::optional<IntakeFormat> getIntakeFormatFromLoggingPathway(const std::string& pathway);
+TELEMETRY_EXPORT std::optional<IntakeFormat> getIntakeFormatFromLoggingPathway(std::string pathway);
 
 /// The display name, for example "JSON Bundle". Empty for a value that is no enumerator.
 TELEMETRY_EXPORT std::string getFormatName(IntakeFormat format);

@@ -17,7 +17,8 @@ TELEMETRY_EXPORT bool getJsonFromString(const char* text, Json::Value& out);
 ///
 /// Objects become nested bundles; arrays become nested bundles with the array marker and the keys "0", "1", ...; every
 /// number becomes a double. A null is not stored, neither at the top (true is returned) nor inside: an array with a
-/// null in it is therefore stored with a gap. Strings and keys end at their first NUL.
+/// null in it is therefore stored with a gap. Strings and keys end at their first NUL. Returns false, and stores
+/// nothing, for a value of a kind that jsoncpp does not have today; children of such a kind are left out.
 TELEMETRY_EXPORT bool convertJsonToBundle(const std::string& key, const Json::Value& value,
                                           android::os::PersistableBundle& bundle);
 

@@ -24,16 +24,16 @@ public:
     /// A bundle event with an empty bundle.
     TelemetryEventBundle(const std::string& name, unsigned int uid, bool realtime);
     /// A JSON event, never realtime. `data` is to be an object (or null, which counts as an empty one); with anything
-    /// else the event has no members and its JSON text is empty.
+    /// else no member can be read or added, and the JSON text is empty.
     TelemetryEventBundle(const std::string& name, Json::Value data, unsigned int uid, IntakeFormat format);
-    /// Deliberate: properties, conversion state and both caches do not come along. The bundle is copied, so it may
-    /// throw.
+    /// Deliberate: properties, conversion state and both caches do not come along, so a moved event is converted anew,
+    /// which fails if its data already holds an array from the bundle. The bundle is copied, so it may throw.
     TelemetryEventBundle(TelemetryEventBundle&& other);  // NOLINT(performance-noexcept-move-constructor)
     /// Deliberate: only the bundle (copied) and the document are replaced.
     TelemetryEventBundle& operator=(TelemetryEventBundle&& other);  // NOLINT(performance-noexcept-move-constructor)
     ~TelemetryEventBundle() override;
 
-    /// Equal bundles and equal documents; uid, properties and format take no part.
+    /// Equal bundles and equal documents; uid, properties and format take no part. Deliberate: neither side is const.
     bool operator==(TelemetryEventBundle& other);
 
     Json::Value getJsonValue() override;

@@ -28,6 +28,8 @@ public:
     /// The enriched event; or EINVAL in the generic category if a guard rejected it; or the error of the applier that
     /// failed, unchanged. In both cases of error the event is gone.
     ///
+    /// A guard or applier that returns an empty result aborts the process. What a stage throws passes through.
+    ///
     /// Several threads may call it at once: it keeps nothing and takes no lock.
     EventResult processEvent(std::unique_ptr<TelemetryEvent> event) const;
 

@@ -2,24 +2,27 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
-#include <limits>
 #include <stdexcept>
 
-#include "tests/fakes/BundleOf.h"
-#include "tests/fakes/Json.h"
 #include "tests/fakes/LogCapture.h"
+#include "tests/fakes/Payloads.h"
 
 namespace Velo::OS::Telemetry {
 
-using fakes::arrayOf;
-using fakes::BundleOf;
+using enum IntakeFormat;
+using fakes::bundleOf;
 using fakes::parsed;
 using fakes::text;
 
-TelemetryEventBundle jsonEvent(Json::Value data, IntakeFormat format = IntakeFormat::JsonBundle) {
-    return TelemetryEventBundle("e", std::move(data), 1000, format);
+TelemetryEventBundle jsonEvent(const std::string& data, IntakeFormat format = JsonBundle) {
+    return TelemetryEventBundle("e", parsed(data), 1000, format);
+}
+
+TelemetryEventBundle bundleEvent(const std::string& bundle, bool realtime = false) {
+    return TelemetryEventBundle("e", 1000, realtime, bundleOf(bundle));
 }
 
 /// An accessor that answers from one member, what it answers when that is of no use, and the members it can use.
@@ -32,13 +35,13 @@ struct Accessor {
 
 TEST(TelemetryEventBundle, AccessorsYieldTheMemberOrTheirDefault) {
     const auto number = [](int64_t value) { return Json::Value(Json::Int64{value}); };
+    const auto pathway = [](auto& e) { return e.getLoggingPathway().value_or("none"); };
     const Accessor accessors[] = {
         {"__sessions_v2", [](auto& e) { return e.sessionsV2(); }, R"("")", Accessor::Text},
         {"utl_logging_package", [](auto& e) { return e.loggingPackage(); }, R"("")", Accessor::Text},
         {"build_version", [](auto& e) { return e.osBuildNumber(); }, R"("")", Accessor::Text},
         {"sdk_app_package_version_name", [](auto& e) { return e.appVersion(); }, R"("")", Accessor::Text},
-        {"utl_logging_pathway", [](auto& e) { return e.getLoggingPathway().value_or("none"); }, R"("none")",
-         Accessor::Text},
+        {"utl_logging_pathway", pathway, R"("none")", Accessor::Text},
         {"timestamp", [=](auto& e) { return number(e.time()); }, "0", Accessor::Number},
         {"utl_realtime_ms", [=](auto& e) { return number(e.clientCreatedTime()); }, "0", Accessor::Number},
         {"utl_app_id", [=](auto& e) { return number(e.appId()); }, "736366014426470", Accessor::Number},
@@ -47,80 +50,70 @@ TEST(TelemetryEventBundle, AccessorsYieldTheMemberOrTheirDefault) {
         {"realtime", [](auto& e) { return e.priority(); }, "false", Accessor::Flag},
         {"adjusted", [](auto& e) { return e.adjustedTime(); }, "false", Accessor::Flag},
     };
-    const double twoTo63 = 9223372036854775808.0;
     const struct {
-        Json::Value value;
+        const char* value;
         const char* as[3];  // text, number, flag; null: the default
     } values[] = {
-        {Json::Value(), {}},
-        {Json::Value(Json::arrayValue), {}},
-        {parsed(R"({"a":1})"), {}},
-        {Json::Value("5"), {R"("5")"}},
-        {Json::Value(true), {nullptr, nullptr, "true"}},
-        {Json::Value(5), {nullptr, "5"}},
-        {Json::Value(-7.9), {nullptr, "-7"}},
-        {Json::Value(Json::UInt64{INT64_MAX}), {nullptr, "9223372036854775807"}},
-        {Json::Value(Json::UInt64{INT64_MAX} + 1), {}},
-        {Json::Value(-twoTo63), {nullptr, "-9223372036854775808"}},
-        {Json::Value(twoTo63), {}},
-        {Json::Value(-1e30), {}},
-        {Json::Value(std::nan("")), {}},
+        {"null", {}},
+        {"[]", {}},
+        {R"({"a":1})", {}},
+        {R"("5")", {R"("5")"}},
+        {"true", {nullptr, nullptr, "true"}},
+        {"5", {nullptr, "5"}},
+        {"-7.9", {nullptr, "-7"}},
+        {"9223372036854775807", {nullptr, "9223372036854775807"}},
+        {"9223372036854775808", {}},  // 2^63, held as an unsigned integer and as a real
+        {"9223372036854775808.0", {}},
+        {"-9223372036854775808.0", {nullptr, "-9223372036854775808"}},
+        {"-1e30", {}},
+        {"NaN", {}},
     };
     fakes::LogCapture unknownPathways;
     for (const Accessor& accessor : accessors) {
         for (const auto& v : values) {
-            TelemetryEventBundle event = jsonEvent(Json::Value());
-            event.addJson(accessor.key, Json::Value(v.value));
+            TelemetryEventBundle event = jsonEvent("{}");
+            event.addJson(accessor.key, parsed(v.value));
             const char* expected = v.as[accessor.accepts] ? v.as[accessor.accepts] : accessor.otherwise;
-            EXPECT_EQ(text(accessor.read(event)), expected) << accessor.key << " " << text(v.value);
+            EXPECT_EQ(text(accessor.read(event)), expected) << accessor.key << " " << v.value;
         }
         for (const char* data : {"null", "[1]", R"("text")"}) {
-            EXPECT_EQ(text(accessor.read(jsonEvent(parsed(data)))), accessor.otherwise) << accessor.key << data;
+            EXPECT_EQ(text(accessor.read(jsonEvent(data))), accessor.otherwise) << accessor.key << data;
         }
     }
-    EXPECT_EQ(jsonEvent(parsed(R"({"utl_app_id":0})")).appId(), 736366014426470);
-    EXPECT_EQ(jsonEvent(parsed(R"({"realtime":true})")).priority(), false) << "JSON events are never realtime";
-    EXPECT_EQ(jsonEvent(Json::Value()).validateStr(Json::Value(5), "d"), "d");
+    EXPECT_EQ(jsonEvent(R"({"utl_app_id":0})").appId(), 736366014426470);
+    EXPECT_EQ(jsonEvent(R"({"applied_sample_rate":0})").sampleRateAsPelko(), 0) << "not the default";
+    EXPECT_EQ(jsonEvent(R"({"realtime":true})").priority(), false) << "JSON events are never realtime";
+    EXPECT_EQ(jsonEvent("{}").validateStr(Json::Value(5), "d"), "d");
 }
 
 TEST(TelemetryEventBundle, UserIdComesFromThePropertyOrTheMember) {
-    const auto userId = [](const std::string& id) { return jsonEvent(parsed(R"({"id":)" + id + "}")).arvoUserId(); };
+    const auto userId = [](const std::string& id) { return jsonEvent(R"({"id":)" + id + "}").arvoUserId(); };
     EXPECT_EQ(userId(R"("0042")"), 42);
     EXPECT_EQ(userId(R"("9223372036854775807")"), INT64_MAX);
     EXPECT_EQ(userId("-5"), -5);
-    for (const char* other : {R"("9223372036854775808")", R"("-5")", R"("")", "5.5", "18446744073709551615", "true"}) {
+    EXPECT_EQ(userId("100004217733019"), 100004217733019);
+    for (const char* other : {R"("9223372036854775808")", R"("-5")", "5.5", "18446744073709551615", "true", "null"}) {
         EXPECT_EQ(userId(other), 0) << other;
     }
-    EXPECT_EQ(jsonEvent(Json::Value()).arvoUserId(), 0);
-
-    TelemetryEventBundle event = jsonEvent(parsed(R"({"id":5})"));
+    TelemetryEventBundle event = jsonEvent(R"({"id":5})");
+    EXPECT_EQ(event.deviceId() + std::to_string(event.consentState()), "0");
+    event.addProperty("morlek_device_id", "d");
+    event.addProperty("consent_state", "3");
     event.addProperty("id", "-7 and more");
+    EXPECT_EQ(event.deviceId() + std::to_string(event.consentState()), "d3");
     EXPECT_EQ(event.arvoUserId(), -7);
     EXPECT_EQ(event.getArvoUserIdFromSorel(), 5);
     event.addProperty("id", "none");
     EXPECT_THROW(event.arvoUserId(), std::invalid_argument);
-
-    EXPECT_EQ(event.consentState(), 0);
-    event.addProperty("consent_state", "3");
-    EXPECT_EQ(event.consentState(), 3);
     event.addProperty("consent_state", "99999999999999999999");
     EXPECT_THROW(event.consentState(), std::out_of_range);
-
-    EXPECT_EQ(event.deviceId(), "");
-    event.addProperty("morlek_device_id", "d");
-    EXPECT_EQ(event.deviceId(), "d");
 }
 
 TEST(TelemetryEventBundle, ABundleAnswersForItselfUntilItIsConverted) {
-    const BundleOf bundle =
-        BundleOf().with("timestamp", int64_t{5}).with("adjusted", true).with("o", BundleOf().with("k", 1));
-    TelemetryEventBundle event("e", 1000, true, bundle);
-    event.addString("k", "v");
+    TelemetryEventBundle event = bundleEvent(R"({"timestamp":5,"adjusted":true,"o":{"k":1}})", true);
     event.addInt("timestamp", 6);
-    EXPECT_EQ(text(event.getFromEventMetadata("k")), R"("v")");
     EXPECT_EQ(event.time(), 6) << "added values win";
-    EXPECT_TRUE(event.adjustedTime());
-    EXPECT_TRUE(event.priority());
+    EXPECT_TRUE(event.adjustedTime() && event.priority());
     EXPECT_TRUE(event.getFromEventMetadata("o").isNull()) << "scalars only";
     event.getJsonValue();
     EXPECT_EQ(text(event.getFromEventMetadata("o")), R"({"k":1})");
@@ -128,59 +121,36 @@ TEST(TelemetryEventBundle, ABundleAnswersForItselfUntilItIsConverted) {
     event.addJson("adjusted", Json::Value());
     EXPECT_FALSE(event.adjustedTime()) << "the bundle is not asked any more";
 
-    TelemetryEventBundle unconvertible("e", 1000, false, arrayOf().with("timestamp", 5));
+    TelemetryEventBundle unconvertible = bundleEvent(R"({"utl_array_of_bundles":true,"timestamp":5})");
     unconvertible.getJsonValue();
     EXPECT_EQ(unconvertible.time(), 5) << "a bundle that was not converted is asked still";
 }
 
-TEST(TelemetryEventBundle, AKnownPathwayOverridesTheFormat) {
-    fakes::LogCapture log;
-    const auto pathway = [](const char* name) {
-        return parsed(R"({"utl_logging_pathway":)" + std::string(name) + "}");
-    };
-    EXPECT_EQ(jsonEvent(pathway(R"("osndk")"), IntakeFormat::HalAtom).getIntakeFormat(), IntakeFormat::OsNdk);
-    EXPECT_EQ(jsonEvent(pathway("5"), IntakeFormat::HalAtom).getIntakeFormat(), IntakeFormat::HalAtom);
-    EXPECT_EQ(log.take().size(), 0U);
-    EXPECT_EQ(jsonEvent(pathway(R"("other")"), IntakeFormat::HalAtom).getIntakeFormat(), IntakeFormat::HalAtom);
-    EXPECT_EQ(log.take().size(), 1U);
-    TelemetryEventBundle bundle("e", 1000, false, BundleOf().with("utl_logging_pathway", "libtelemetry"));
-    EXPECT_EQ(bundle.getIntakeFormat(), IntakeFormat::Libtelemetry);
-    EXPECT_EQ(TelemetryEventBundle("e", 1000, false).getIntakeFormat(), IntakeFormat::JsonBundle);
-}
-
 TEST(TelemetryEventBundle, TheInverseOfTheSampleRateIsStored) {
-    const auto stored = [](float rate) {
-        TelemetryEventBundle event("e", 1000, false);
-        event.setSampleRate(rate);
-        return event.getFromEventMetadata("applied_sample_rate").asUInt64();
-    };
-    EXPECT_EQ(stored(0.01F), 100U);
-    EXPECT_EQ(stored(0.3F), 3U);
-    EXPECT_EQ(stored(1.0F), 1U);
-    for (const float rate : {2.0F, 0.0F, -0.5F, std::nanf("")}) EXPECT_EQ(stored(rate), 0U) << rate;
-    for (const float rate : {1e-30F, 1e-45F}) EXPECT_EQ(stored(rate), UINT64_MAX) << rate;
-    EXPECT_EQ(jsonEvent(parsed(R"({"applied_sample_rate":0})")).sampleRateAsPelko(), 0) << "not the default";
-
     struct : TelemetryEventBundle {
         using TelemetryEventBundle::TelemetryEventBundle;
-        void addULong(const std::string& key, unsigned long value) override { seen = key + std::to_string(value); }
-        std::string seen;
-    } recording("e", 1000, false);
-    recording.setSampleRate(0.5F);
-    EXPECT_EQ(recording.seen, "applied_sample_rate2") << "stored through the virtual operation";
+        void addULong(const std::string& key, unsigned long value) override { stored = {key, value}; }
+        std::pair<std::string, unsigned long> stored;
+    } event("e", 1000, false);
+    const std::pair<float, unsigned long> cases[] = {{0.01F, 100},        {0.3F, 3},  {1.0F, 1}, {2.0F, 0},
+                                                     {0.0F, 0},           {-0.5F, 0}, {NAN, 0},  {1e-30F, UINT64_MAX},
+                                                     {1e-45F, UINT64_MAX}};
+    for (const auto& [rate, weight] : cases) {
+        event.setSampleRate(rate);
+        EXPECT_EQ(event.stored, std::pair(std::string("applied_sample_rate"), weight)) << rate;
+    }
 }
 
 TEST(TelemetryEventBundle, MoveConstructionForgets) {
-    TelemetryEventBundle source("perf", 7, true, BundleOf().with("marker_id", 9));
+    TelemetryEventBundle source("perf", 7, true, bundleOf(R"({"marker_id":9})"));
     source.addProperty("morlek_device_id", "d");
     source.setUid(8);
     EXPECT_EQ(source.getStringIdentifier(), "9");
-    const TelemetryEventBundle moved(std::move(source));
-    EXPECT_EQ(moved.name(), "perf");
-    EXPECT_EQ(moved.uid(), 8U);
-    EXPECT_EQ(moved.deviceId(), "");
-    EXPECT_TRUE(moved.priority());
+    TelemetryEventBundle moved(std::move(source));
+    EXPECT_EQ(moved.name() + moved.deviceId() + std::to_string(moved.uid()), "perf8");
     EXPECT_EQ(moved.size(), 3U) << "unconverted again: the marker counts in the bundle and in the data";
+    moved.addInt("marker_id", 10);
+    EXPECT_EQ(moved.getStringIdentifier(), "10");
 
     EXPECT_EQ(source.name(), "");  // NOLINT(bugprone-use-after-move): a moved-from event still answers
     EXPECT_EQ(source.time(), 0);
@@ -192,26 +162,59 @@ TEST(TelemetryEventBundle, MoveAssignmentReplacesBundleAndDocumentAlone) {
     TelemetryEventBundle target("target", 7, false);
     target.addProperty("morlek_device_id", "d");
     EXPECT_EQ(target.getJsonString(), R"({"realtime":false})");
-    target = TelemetryEventBundle("source", parsed(R"({"a":1})"), 9, IntakeFormat::HalAtom);
-    EXPECT_EQ(target.name(), "source");
-    EXPECT_EQ(target.uid(), 7U);
-    EXPECT_EQ(target.deviceId(), "d");
-    EXPECT_EQ(target.getIntakeFormat(), IntakeFormat::JsonBundle);
-    EXPECT_EQ(target.getJsonString(), R"({"realtime":false})") << "the cached text stays";
+    target = TelemetryEventBundle("source", parsed(R"({"a":1})"), 9, HalAtom);
     auto& self = target;
     target = std::move(self);
-    EXPECT_EQ(target.name(), "source");
+    EXPECT_EQ(target.name() + target.deviceId() + std::to_string(target.uid()), "sourced7");
+    EXPECT_EQ(target.getIntakeFormat(), JsonBundle);
+    EXPECT_EQ(target.getJsonString(), R"({"realtime":false})") << "the cached text stays";
 }
 
 TEST(TelemetryEventBundle, EqualityIsThatOfBundleAndDocument) {
-    TelemetryEventBundle event("e", 1, false, BundleOf().with("a", 1));
-    TelemetryEventBundle same("e", 2, false, BundleOf().with("a", 1));
+    TelemetryEventBundle event = bundleEvent(R"({"a":1})");
+    TelemetryEventBundle same("e", 2, false, bundleOf(R"({"a":1})"));
     same.addProperty("p", "q");
+    TelemetryEventBundle otherBundle = bundleEvent(R"({"a":2})");
+    TelemetryEventBundle otherData = bundleEvent(R"({"a":1})", true);
     EXPECT_TRUE(event == same);
-    TelemetryEventBundle otherBundle("e", 1, false, BundleOf().with("a", 2));
-    TelemetryEventBundle otherName("f", 1, false, BundleOf().with("a", 1));
     EXPECT_FALSE(event == otherBundle);
-    EXPECT_FALSE(event == otherName);
+    EXPECT_FALSE(event == otherData);
+}
+
+TEST(IntakeFormat, AtomIdsFallIntoRanges) {
+    const std::pair<int, IntakeFormat> firstOfRange[] = {
+        {INT32_MIN, SpecificAtom}, {2, AndroidAtom},  {100000, SpecificAtom}, {111222, GenericAtom},
+        {111223, SpecificAtom},    {115000, HalAtom}, {120000, NestedAtom},   {130000, SpecificAtom}};
+    IntakeFormat before = SpecificAtom;
+    for (const auto& [id, format] : firstOfRange) {
+        EXPECT_EQ(getAtomIntakeFormat(id), format) << id;
+        EXPECT_EQ(getAtomIntakeFormat(std::max(id, 1) - 1), before) << id - 1;
+        before = format;
+    }
+    EXPECT_EQ(getAtomIntakeFormat(INT32_MAX), SpecificAtom);
+}
+
+TEST(IntakeFormat, AKnownPathwayOverridesTheFormat) {
+    const auto formatOf = [](const char* pathway) {
+        return jsonEvent(R"({"utl_logging_pathway":)" + std::string(pathway) + "}", HalAtom).getIntakeFormat();
+    };
+    fakes::LogCapture log;
+    EXPECT_EQ(formatOf(R"("osndk")"), OsNdk);
+    EXPECT_EQ(formatOf("5"), HalAtom);
+    EXPECT_EQ(bundleEvent(R"({"utl_logging_pathway":"libtelemetry"})").getIntakeFormat(), Libtelemetry);
+    EXPECT_EQ(bundleEvent("{}").getIntakeFormat(), JsonBundle);
+    EXPECT_EQ(log.take(), std::vector<std::string>());
+    EXPECT_EQ(formatOf(R"("LibTelemetry%s")"), HalAtom);
+    EXPECT_EQ(log.take(), std::vector<std::string>{"3 TelemetryService: Unknown logging pathway LibTelemetry%s"});
+}
+
+TEST(IntakeFormat, NamesAndValues) {
+    const char* const names[] = {"JSON Bundle",  "Libtelemetry", "OSNDK",    "Specific Atom",
+                                 "Generic Atom", "Nested Atom",  "HAL Atom", "Android Atom"};
+    for (int value = 0; value < 8; ++value) {
+        EXPECT_EQ(getFormatName(static_cast<IntakeFormat>(value)), names[value]);
+        EXPECT_EQ(isFormatJsonBundle(static_cast<IntakeFormat>(value)), value < 3) << value;
+    }
 }
 
 }  // namespace Velo::OS::Telemetry

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <android/log.h>
+
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Velo::OS::Telemetry::fakes {
@@ -9,13 +12,23 @@ namespace Velo::OS::Telemetry::fakes {
 /// "5 TelemetryService: text". One at a time.
 class LogCapture {
 public:
-    LogCapture();
-    ~LogCapture();
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
+    LogCapture() {
+        __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
+        // The only place that knows this liblog's form of a logger: later ones hand over one struct, message included.
+        __android_log_set_logger([](const __android_logger_data* data, const char* message) {
+            lines_.push_back(std::to_string(data->priority) + " " + data->tag + ": " + message);
+        });
+    }
+    ~LogCapture() {
+        __android_log_set_logger(__android_log_stderr_logger);
+        __android_log_set_minimum_priority(ANDROID_LOG_DEFAULT);
+    }
 
     /// The lines since the last call.
-    std::vector<std::string> take();
+    std::vector<std::string> take() { return std::exchange(lines_, {}); }
+
+private:
+    inline static std::vector<std::string> lines_;
 };
 
 }  // namespace Velo::OS::Telemetry::fakes

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "tests/fakes/BundleOf.h"
+#include "tests/fakes/Payloads.h"
 
 namespace Velo::OS::Telemetry {
 
 using android::String16;
-using Bundle = android::os::PersistableBundle;
+using fakes::Bundle;
 
 /// One bundle and one key, whose value is replaced by one of another type again and again.
 struct OneKey {
@@ -42,7 +42,7 @@ TEST(PersistableBundle, AKeyHoldsOneTypeAtATime) {
         k.replaceBy(&Bundle::putStringVector, &Bundle::getStringVector, &Bundle::getStringVectorKeys,
                     std::vector<String16>{String16("s")});
         k.replaceBy(&Bundle::putPersistableBundle, &Bundle::getPersistableBundle, &Bundle::getPersistableBundleKeys,
-                    static_cast<Bundle>(fakes::BundleOf().with("i", 1)));
+                    fakes::bundleOf(R"({"i":1})"));
     }
     EXPECT_FALSE(k.bundle.empty());
     EXPECT_EQ(k.bundle.erase(k.key), 1U);

@@ -68,6 +68,19 @@ static_assert(sizeof(TelemetryEventProcessorBuilder) == sizeof(std::shared_ptr<i
 static_assert(sizeof(IApplier) == sizeof(void*) + sizeof(std::string));
 static_assert(sizeof(IGuard) == sizeof(IApplier) + sizeof(MonitorEventCallback) && sizeof(IMonitor) == sizeof(IGuard));
 
+TEST(InterfaceSlots, AnEventsMembersStandInOrder) {
+    const TelemetryEventBundle event("e", Json::Value(), 0x12345678U, IntakeFormat::HalAtom);
+    const EventLayout layout{};
+    const auto wordAt = [&](const void* member) {
+        const auto offset = static_cast<const char*>(member) - reinterpret_cast<const char*>(&layout);
+        uint32_t word = 0;
+        std::memcpy(&word, reinterpret_cast<const char*>(&event) + offset, sizeof word);
+        return word;
+    };
+    EXPECT_EQ(wordAt(&layout.uid), 0x12345678U);
+    EXPECT_EQ(wordAt(&layout.format), 6U);
+}
+
 TEST(InterfaceSlots, AResultIsAUnionAndOneByte) {
     static_assert(sizeof(EventResult) == 24);
     EventResult result;

@@ -3,12 +3,9 @@
 #include <gtest/gtest.h>
 
 #include "replay/BundleFromJson.h"
-#include "tests/fakes/BundleOf.h"
+#include "tests/fakes/Payloads.h"
 
 namespace Velo::OS::Telemetry::replay {
-
-using fakes::arrayOf;
-using fakes::BundleOf;
 
 std::string nested(size_t levels, const std::string& innermost = "") {
     return std::string(levels, '[') + innermost + std::string(levels, ']');
@@ -121,13 +118,10 @@ TEST(BundleFromJson, TypesValuesByTheirNature) {
     EXPECT_EQ(std::u16string(text.string(), text.size()), std::u16string(u"a\0b\u20ac", 4));
     bundle.erase(android::String16("z"));
 
-    BundleOf expected;
-    expected.with("b", true).with("i", INT32_MIN).with("l", int64_t{2147483648}).with("m", INT64_MIN).with("d", 1.0);
-    expected.with("e", 100.0).with("s", "x").with("v", std::vector<const char*>{"x", "y"}).with("a", arrayOf());
-    const BundleOf inner = arrayOf().with("0", arrayOf().with("0", "y")).with("1", false);
-    expected.with("n", arrayOf().with("0", "x").with("1", INT32_MAX).with("2", inner));
-    expected.with("o", BundleOf().with("k", BundleOf()));
-    EXPECT_EQ(bundle, expected);
+    EXPECT_EQ(bundle,
+              fakes::bundleOf(R"({"b":true,"i":-2147483648,"l":2147483648,"m":-9223372036854775808,"d":1.0,"e":100.0,
+        "s":"x","v":["x","y"],"a":{"utl_array_of_bundles":true},"o":{"k":{}},"n":{"utl_array_of_bundles":true,"0":"x",
+        "1":2147483647,"2":{"utl_array_of_bundles":true,"0":{"utl_array_of_bundles":true,"0":"y"},"1":false}}})"));
 }
 
 }  // namespace Velo::OS::Telemetry::replay
