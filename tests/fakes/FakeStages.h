@@ -16,7 +16,10 @@ namespace Velo::OS::Telemetry::fakes {
 /// What the fakes saw, in order.
 using Calls = std::shared_ptr<std::vector<std::string>>;
 
-/// Passes the event on, unless it has an error or nothing to return.
+/// What fakes fail with.
+inline const std::error_code kFakeError = std::make_error_code(std::io_errc::stream);
+
+/// Passes the event on, unless its name says otherwise: "name!" returns an error, "name?" nothing.
 template <typename Stage>
 class FakeStage : public Stage {
 public:
@@ -24,14 +27,11 @@ public:
     FakeStage(Calls calls, std::string name, Callback... callback)
         : Stage(std::move(name), callback...), calls_(std::move(calls)) {}
 
-    std::error_code error;
-    bool returnsNothing = false;
-
 protected:
     EventResult run(std::unique_ptr<TelemetryEvent> event) {
         calls_->push_back("run " + this->name_);
-        if (returnsNothing) return {};
-        return error ? EventResult(error) : EventResult(std::move(event));
+        if (this->name_.ends_with('?')) return {};
+        return this->name_.ends_with('!') ? EventResult(kFakeError) : EventResult(std::move(event));
     }
 
 private:

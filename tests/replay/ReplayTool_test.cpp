@@ -191,8 +191,7 @@ TEST_F(ReplayTool, DrawsABarOnATerminalOnly) {
 
 TEST_F(ReplayTool, CountsWhatStagesDrop) {
     write("in", std::string(kGoodLine) + "\n" + kGoodLine);
-    const auto guard = std::make_shared<fakes::FakeGuard>(std::make_shared<std::vector<std::string>>(), "guard");
-    guard->error = std::make_error_code(std::errc::permission_denied);
+    const auto guard = std::make_shared<fakes::FakeGuard>(std::make_shared<std::vector<std::string>>(), "guard!");
     const auto processor = TelemetryEventProcessorBuilder(nullptr, nullptr).addGuard(guard).build();
     RunOptions options;
     options.inputs = {folder_ / "in"};
