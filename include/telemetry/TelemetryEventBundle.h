@@ -28,9 +28,9 @@ public:
     TelemetryEventBundle(const std::string& name, Json::Value data, unsigned int uid, IntakeFormat format);
     /// Deliberate: properties, conversion state and both caches do not come along, so a moved event is converted anew,
     /// which fails if its data already holds an array from the bundle. The bundle is copied, so it may throw.
-    TelemetryEventBundle(TelemetryEventBundle&& other);  // NOLINT(performance-noexcept-move-constructor)
+    TelemetryEventBundle(TelemetryEventBundle&& other);
     /// Deliberate: only the bundle (copied) and the document are replaced.
-    TelemetryEventBundle& operator=(TelemetryEventBundle&& other);  // NOLINT(performance-noexcept-move-constructor)
+    TelemetryEventBundle& operator=(TelemetryEventBundle&& other);
     ~TelemetryEventBundle() override;
 
     /// Equal bundles and equal documents; uid, properties and format take no part. Deliberate: neither side is const.
