@@ -18,7 +18,8 @@ endif()
 function(_android_platform_library name header)
     set(package android-lib${name}-dev)
     _android_platform_require("${AndroidPlatform_INCLUDE_DIR}/${header}" ${package})
-    find_library(AndroidPlatform_${name}_LIBRARY ${name} PATH_SUFFIXES android NO_CMAKE_FIND_ROOT_PATH
+    # Only there: a library of the same short name elsewhere is another one.
+    find_library(AndroidPlatform_${name}_LIBRARY ${name}
                  PATHS /usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/android NO_DEFAULT_PATH)
     if(NOT AndroidPlatform_${name}_LIBRARY)
         message(FATAL_ERROR "AndroidPlatform: lib${name} is missing; install the package ${package}")

@@ -28,8 +28,6 @@ struct TraceEdge {
 
     Kind kind = Kind::Begin;
     std::string name;  // UTF-8, empty at an end
-
-    friend bool operator==(const TraceEdge&, const TraceEdge&) = default;
 };
 
 /// The backend that was built in: "recorder" or "perfetto".

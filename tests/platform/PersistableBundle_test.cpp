@@ -50,9 +50,4 @@ TEST(PersistableBundle, AKeyHoldsOneTypeAtATime) {
     EXPECT_TRUE(k.bundle.empty());
 }
 
-TEST(PersistableBundle, ADeskHasNoBinder) {
-    EXPECT_EQ(Bundle().writeToParcel(nullptr), android::INVALID_OPERATION);
-    EXPECT_EQ(Bundle().readFromParcel(nullptr), android::INVALID_OPERATION);
-}
-
 }  // namespace Velo::OS::Telemetry

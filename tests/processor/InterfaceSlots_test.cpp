@@ -68,28 +68,29 @@ static_assert(sizeof(TelemetryEventProcessorBuilder) == sizeof(std::shared_ptr<i
 static_assert(sizeof(IApplier) == sizeof(void*) + sizeof(std::string));
 static_assert(sizeof(IGuard) == sizeof(IApplier) + sizeof(MonitorEventCallback) && sizeof(IMonitor) == sizeof(IGuard));
 
-TEST(InterfaceSlots, AnEventsMembersStandInOrder) {
-    const TelemetryEventBundle event("e", Json::Value(), 0x12345678U, IntakeFormat::HalAtom);
-    const EventLayout layout{};
-    const auto wordAt = [&](const void* member) {
-        const auto offset = static_cast<const char*>(member) - reinterpret_cast<const char*>(&layout);
-        uint32_t word = 0;
-        std::memcpy(&word, reinterpret_cast<const char*>(&event) + offset, sizeof word);
-        return word;
-    };
-    EXPECT_EQ(wordAt(&layout.uid), 0x12345678U);
-    EXPECT_EQ(wordAt(&layout.format), 6U);
+template <typename T>
+T valueAt(const void* object, ptrdiff_t offset) {
+    T value{};
+    std::memcpy(&value, static_cast<const char*>(object) + offset, sizeof value);
+    return value;
 }
 
-TEST(InterfaceSlots, AResultIsAUnionAndOneByte) {
+TEST(InterfaceSlots, MembersStandInOrder) {
+    const TelemetryEventBundle event("e", Json::Value(), 0x12345678U, IntakeFormat::HalAtom);
+    const EventLayout layout{};
+    const auto offsetOf = [&](const void* member) {
+        return static_cast<const char*>(member) - reinterpret_cast<const char*>(&layout);
+    };
+    EXPECT_EQ(valueAt<uint32_t>(&event, offsetOf(&layout.uid)), 0x12345678U);
+    EXPECT_EQ(valueAt<IntakeFormat>(&event, offsetOf(&layout.format)), IntakeFormat::HalAtom);
+
     static_assert(sizeof(EventResult) == 24);
     EventResult result;
-    const auto stateByte = [&] { return reinterpret_cast<const unsigned char*>(&result)[16]; };
-    EXPECT_EQ(stateByte(), 0);
+    EXPECT_EQ(valueAt<uint8_t>(&result, 16), 0);
     result = EventResult(std::make_unique<TelemetryEventBundle>("e", 1000U, false));
-    EXPECT_EQ(stateByte(), 1);
+    EXPECT_EQ(valueAt<uint8_t>(&result, 16), 1);
     result = std::error_code(22, std::generic_category());
-    EXPECT_EQ(stateByte(), 2);
+    EXPECT_EQ(valueAt<uint8_t>(&result, 16), 2);
 }
 
 }  // namespace Velo::OS::Telemetry
