@@ -20,7 +20,7 @@ bench: deps $(BUILD)/release/build.ninja
 	@$(BUILD)/release/benchmarks/telemetry_benchmarks
 
 tidy: $(BUILD)/clang/build.ninja
-	@run-clang-tidy -quiet -p $(BUILD)/clang '^$(CURDIR)/(conversion|event|processor|monitors|guards|appliers|platform|replay)/'
+	@run-clang-tidy -quiet -p $(BUILD)/clang '^$(CURDIR)/(conversion|event|clock|schema|processor|monitors|guards|appliers|platform|replay)/'
 
 format:
 	@git ls-files --cached --others --exclude-standard '*.h' '*.cpp' | xargs clang-format -i

@@ -2,9 +2,20 @@
 
 #include <cstring>
 
+#include "telemetry/AdjustedClock.h"
+#include "telemetry/AppOverrideManager.h"
+#include "telemetry/ApplicationInfoApplier.h"
+#include "telemetry/DeviceIDApplier.h"
+#include "telemetry/DeviceInfoApplier.h"
+#include "telemetry/DeviceSettingApplier.h"
 #include "telemetry/IEventTracingManager.h"
 #include "telemetry/IHealthCountersManager.h"
+#include "telemetry/IIdentityManager.h"
+#include "telemetry/IPackageInfoManager.h"
+#include "telemetry/ISessionManager.h"
 #include "telemetry/ITelemetrySettingsManager.h"
+#include "telemetry/KeyValueDispatch.h"
+#include "telemetry/SequenceNumberManager.h"
 #include "telemetry/TelemetryEventBundle.h"
 #include "telemetry/TelemetryEventProcessorBuilder.h"
 
@@ -37,6 +48,26 @@ TEST(InterfaceSlots, OperationsStandWhereTheyAreCalled) {
                       &S::setClockAdjustmentMs, &S::isGkEnabled, &S::isEventInVerification),
               (Entries{4, 5, 6, 7, 8, 11, 16, 17, 18, 19, 20, 21, 24, 30}));
     EXPECT_EQ(entries(&IApplier::apply, &IGuard::handle, &IMonitor::monitor), (Entries{3, 3, 3}));
+    EXPECT_EQ(entries(&IIdentityManager::getUserIdForUid), Entries{3});
+    EXPECT_EQ(entries(&IPackageInfoManager::getPackageInfo, &IPackageInfoManager::getForegroundPackageInfo),
+              (Entries{3, 7}));
+    using N = SequenceNumberManager;
+    EXPECT_EQ(entries(&N::getNextGlobalSequenceNumber, &N::getNextPerTypeSequenceNumber), (Entries{3, 4}));
+    EXPECT_EQ(entries(&ISessionManager::getSessions, &ISessionManager::shouldAttachSessionsToAllEvents,
+                      &ISessionManager::getSessionsV2),
+              (Entries{5, 12, 14}));
+    using O = IAppOverrideManager;
+    EXPECT_EQ(entries(&O::setAppOverrideStr, &O::setAppOverrideInt, &O::getAllOverrides, &O::getOverrideForKey),
+              (Entries{3, 4, 5, 6}));
+    using C = IStorageCache;
+    EXPECT_EQ(entries(&C::getValue, &C::setValue, &C::removeValue, &C::listKeys), (Entries{3, 4, 5, 6}));
+    using A = AdjustedClock;
+    EXPECT_EQ(entries(&A::getTimestamp, &A::getAdjustmentInMs, &A::adjustClock, &A::resetIsAdjusted, &A::getSettings),
+              (Entries{3, 4, 5, 6, 7}));
+    using D = DeviceIDApplier;
+    EXPECT_EQ(entries(&D::apply, &D::getTelemetryDeviceId, &D::getMorlekDeviceId, &D::getSettings),
+              (Entries{3, 4, 5, 6}));
+    EXPECT_EQ(entries(&DeviceSettingApplier::apply, &DeviceSettingApplier::getSettings), (Entries{3, 4}));
 
     using E = TelemetryEvent;
     const Entries event =
@@ -67,6 +98,18 @@ static_assert(sizeof(TelemetryEventProcessor) == 3 * sizeof(std::vector<int>) + 
 static_assert(sizeof(TelemetryEventProcessorBuilder) == sizeof(std::shared_ptr<int>));
 static_assert(sizeof(IApplier) == sizeof(void*) + sizeof(std::string));
 static_assert(sizeof(IGuard) == sizeof(IApplier) + sizeof(MonitorEventCallback) && sizeof(IMonitor) == sizeof(IGuard));
+
+static_assert(sizeof(AdjustedTimestamp) == 24 && offsetof(AdjustedTimestamp, isAdjusted) == 0 &&
+              offsetof(AdjustedTimestamp, timestampMs) == 8 && offsetof(AdjustedTimestamp, bootTimeMs) == 16);
+static_assert(sizeof(AdjustedClock) == 24);
+static_assert(sizeof(PackageInfo) == 2 * sizeof(std::string) + 8 && offsetof(PackageInfo, packageName) == 0 &&
+              offsetof(PackageInfo, versionCode) == sizeof(std::string) &&
+              offsetof(PackageInfo, versionName) == sizeof(std::string) + 8);
+static_assert(sizeof(KeyValueDispatch) == sizeof(std::shared_ptr<int>) + sizeof(std::string) + 8);
+static_assert(sizeof(AppOverrideManager) == sizeof(void*) + 2 * sizeof(std::map<int, int>));
+static_assert(sizeof(DeviceIDApplier) == sizeof(IApplier) && sizeof(DeviceSettingApplier) == sizeof(IApplier));
+static_assert(sizeof(DeviceInfoApplier) == sizeof(IApplier) + 4 * sizeof(void*));
+static_assert(sizeof(ApplicationInfoApplier) == sizeof(IApplier) + sizeof(void*) + sizeof(std::shared_ptr<int>));
 
 template <typename T>
 T valueAt(const void* object, ptrdiff_t offset) {

@@ -1,0 +1,25 @@
+#include "telemetry/SequenceNumberApplier.h"
+
+#include <utility>
+
+namespace Velo::OS::Telemetry {
+
+namespace {
+
+const std::string kGlobalSequenceNumber = "global_sequence_number";
+const std::string kPerTypeSequenceNumber = "per_type_sequence_number";
+
+}  // namespace
+
+SequenceNumberApplier::SequenceNumberApplier(std::shared_ptr<SequenceNumberManager> sequenceNumberManager)
+    : IApplier("seq_num_applier"), sequenceNumberManager_(std::move(sequenceNumberManager)) {}
+
+EventResult SequenceNumberApplier::apply(std::unique_ptr<TelemetryEvent> event) {
+    const uint64_t global = sequenceNumberManager_->getNextGlobalSequenceNumber(event->priority());
+    const uint64_t perType = sequenceNumberManager_->getNextPerTypeSequenceNumber(event->name());
+    event->addULong(kGlobalSequenceNumber, global);
+    event->addULong(kPerTypeSequenceNumber, perType);
+    return event;
+}
+
+}  // namespace Velo::OS::Telemetry

@@ -1,0 +1,39 @@
+#include "telemetry/SessionsApplier.h"
+
+#include <unordered_set>
+#include <utility>
+
+#include "appliers/EventOrigin.h"
+#include "appliers/SessionExemptEvents.h"
+
+namespace Velo::OS::Telemetry {
+
+namespace {
+
+const std::string kSessions = "__sessions";
+const std::string kSessionsV2 = "__sessions_v2";
+
+const std::unordered_set<std::string> exemptEvents = [] {
+    std::unordered_set<std::string> names;
+    for (const std::string_view name : kSessionExemptEvents) names.emplace(name);
+    return names;
+}();
+
+}  // namespace
+
+SessionsApplier::SessionsApplier(std::shared_ptr<ISessionManager> sessionManager)
+    : IApplier("sessions_applier"), sessionManager_(std::move(sessionManager)) {}
+
+EventResult SessionsApplier::apply(std::unique_ptr<TelemetryEvent> event) {
+    // Deliberate: asked for every event, even for one that has a context of its own.
+    const std::string context = sessionManager_->getSessionsV2(creationTimeNs(*event));
+    if (event->sessionsV2().empty()) event->addString(kSessionsV2, context);
+
+    if (sessionManager_->shouldAttachSessionsToAllEvents() || exemptEvents.count(event->name()) > 0) {
+        Json::Value sessions = sessionManager_->getSessions(androidUserId(*event));
+        if (!sessions.isNull()) event->addJson(kSessions, std::move(sessions));
+    }
+    return event;
+}
+
+}  // namespace Velo::OS::Telemetry

@@ -1,0 +1,273 @@
+#include <android-base/properties.h>
+#include <gtest/gtest.h>
+
+#include "telemetry/ApplicationInfoApplier.h"
+#include "telemetry/DeviceIDApplier.h"
+#include "telemetry/DeviceInfoApplier.h"
+#include "telemetry/DeviceSettingApplier.h"
+#include "telemetry/IdentityApplier.h"
+#include "telemetry/OSUtilsDeviceIdApplier.h"
+#include "telemetry/PackageInfoApplier.h"
+#include "telemetry/SequenceNumberApplier.h"
+#include "telemetry/SessionsApplier.h"
+#include "telemetry/SystemPropertyApplier.h"
+#include "telemetry/TelemetryEventBundle.h"
+#include "telemetry/TimestampApplier.h"
+#include "tests/fakes/FakeServices.h"
+#include "tests/fakes/FakeStages.h"
+#include "tests/fakes/FakeTelemetrySettings.h"
+#include "tests/fakes/Payloads.h"
+
+namespace Velo::OS::Telemetry {
+
+using Lines = std::vector<std::string>;
+
+class Appliers : public testing::Test {
+protected:
+    /// What the applier adds to an event that has the members of `data`.
+    std::string added(IApplier& applier, const std::string& data = "{}", uint32_t uid = 1010123,
+                      const std::string& name = "e") {
+        const Json::Value before = fakes::parsed(data);
+        auto event = std::make_unique<TelemetryEventBundle>(name, before, uid, IntakeFormat::JsonBundle);
+        const TelemetryEvent* given = event.get();
+        const std::unique_ptr<TelemetryEvent> after = applier.apply(std::move(event)).takeValue();
+        EXPECT_EQ(after.get(), given);
+        header = after->getJsonBatchHeaderString();
+        Json::Value members = after->getJsonValue();
+        members.removeMember("realtime");
+        for (const std::string& key : before.getMemberNames()) {
+            if (members[key] == before[key]) members.removeMember(key);
+        }
+        return fakes::text(members);
+    }
+
+    /// The batch header's property under the key, null if there is none, after the last `added`.
+    std::string property(const char* key) { return fakes::text(fakes::parsed(header)[key]); }
+
+    std::shared_ptr<fakes::FakeTelemetrySettings> settings = fakes::FakeTelemetrySettings::install();
+    std::shared_ptr<fakes::FakeServices> services = std::make_shared<fakes::FakeServices>();
+    std::shared_ptr<fakes::FakeOverrides> overrides = std::make_shared<fakes::FakeOverrides>(services);
+    std::string header;
+};
+
+TEST_F(Appliers, BearTheNamesOfTheirStages) {
+    const auto fake = [] { return std::make_unique<fakes::FakeApplier>(nullptr, "inner"); };
+    EXPECT_EQ(DeviceIDApplier().name_, "device_id_applier");
+    EXPECT_EQ(OSUtilsDeviceIdApplier().name_, "osutils_device_id_applier");
+    EXPECT_EQ(DeviceSettingApplier().name_, "device_setting_applier");
+    EXPECT_EQ(SystemPropertyApplier().name_, "system_property_applier");
+    EXPECT_EQ(DeviceInfoApplier(fake(), fake(), fake(), fake()).name_, "device_info_applier");
+    EXPECT_EQ(IdentityApplier(services, overrides).name_, "identity_applier");
+    EXPECT_EQ(PackageInfoApplier(services).name_, "package_info_applier");
+    EXPECT_EQ(ApplicationInfoApplier(fake(), overrides).name_, "application_info_applier");
+    EXPECT_EQ(SequenceNumberApplier(services).name_, "seq_num_applier");
+    EXPECT_EQ(SessionsApplier(services).name_, "sessions_applier");
+    EXPECT_EQ(TimestampApplier(std::make_shared<AdjustedClock>()).name_, "timestamp_applier");
+}
+
+TEST_F(Appliers, DeviceIdsAreKeptFromTheirFirstUse) {
+    struct Double : DeviceIDApplier {
+        std::shared_ptr<ITelemetrySettingsManager> getSettings() const override { return own; }
+        std::shared_ptr<fakes::FakeTelemetrySettings> own = std::make_shared<fakes::FakeTelemetrySettings>();
+    } first;
+    first.own->morlekDeviceId = "m1";
+    EXPECT_EQ(added(first), "{}");
+    EXPECT_EQ(property("morlek_device_id"), "\"m1\"");
+
+    settings->morlekDeviceId = "m2";
+    settings->telemetryDeviceId = "t";
+    DeviceIDApplier second;
+    added(second);
+    EXPECT_EQ(property("morlek_device_id"), "\"m1\"");
+    EXPECT_EQ(second.getTelemetryDeviceId(), "t");
+}
+
+TEST_F(Appliers, AMissingDeviceIdStaysMissing) {
+    DeviceIDApplier applier;
+    EXPECT_EQ(applier.getTelemetryDeviceId(), "");
+    added(applier);
+    settings->telemetryDeviceId = settings->morlekDeviceId = "late";
+    added(applier);
+    EXPECT_EQ(property("morlek_device_id"), "\"\"");
+    EXPECT_EQ(applier.getTelemetryDeviceId(), "");
+}
+
+TEST_F(Appliers, SystemPropertiesAreKeptFromTheirFirstUse) {
+    OSUtilsDeviceIdApplier applier;
+    EXPECT_EQ(added(applier), R"({"device_serial":"Unknown"})");
+    android::base::SetProperty("ro.serialno", "1WM");
+    android::base::SetProperty("ro.vendor.product.model_extended", "Model 2");
+    EXPECT_EQ(added(applier), R"({"device_serial":"Unknown"})");
+    EXPECT_EQ(OSUtilsDeviceIdApplier::getDeviceModelExtended(), "Model 2");
+    SystemPropertyApplier passing;
+    EXPECT_EQ(added(passing), "{}");
+}
+
+TEST_F(Appliers, TheSerialNumberIsASystemProperty) {
+    android::base::SetProperty("ro.serialno", "1WM");
+    OSUtilsDeviceIdApplier applier;
+    EXPECT_EQ(added(applier), R"({"device_serial":"1WM"})");
+    EXPECT_EQ(OSUtilsDeviceIdApplier::getDeviceModelExtended(), "Unknown");
+}
+
+TEST_F(Appliers, ModesAreAskedForTheUserAndTheMomentOfCreation) {
+    DeviceSettingApplier applier;
+    settings->managedMode = -3;
+    EXPECT_EQ(added(applier, R"({"utl_realtime_ms":4294967297})"), R"({"account_mode":-1,"managed_mode":-3})");
+    EXPECT_EQ(settings->takeCalls(),
+              (Lines{"getManagedMode 4294967297000000 10", "getAccountMode 4294967297000000 10"}));
+
+    settings->accountMode = true;
+    EXPECT_EQ(added(applier, R"({"utl_realtime_ms":-1})", 10123), R"({"account_mode":1,"managed_mode":-3})");
+    EXPECT_EQ(settings->takeCalls(), (Lines{"getManagedMode -1000000 0", "getAccountMode -1000000 0"}));
+    added(applier, R"({"utl_realtime_ms":9223372036854775807})");
+    EXPECT_EQ(settings->takeCalls()[0], "getManagedMode -1000000 10") << "wraps";
+}
+
+TEST_F(Appliers, TheCompositeEndsAtTheFirstError) {
+    const struct {
+        std::vector<std::string> inner;
+        Lines expected;
+    } cases[] = {
+        {{"1", "2", "3", "4"}, {"run 1", "run 2", "run 3", "run 4"}},
+        {{"1", "2!", "3", "4"}, {"run 1", "run 2!"}},
+        {{"1", "2", "3", "4!"}, {"run 1", "run 2", "run 3", "run 4!"}},
+        {{"1", "2", "3", "4?"}, {"run 1", "run 2", "run 3", "run 4?"}},
+    };
+    for (const auto& c : cases) {
+        const auto calls = std::make_shared<Lines>();
+        const auto inner = [&](size_t i) { return std::make_unique<fakes::FakeApplier>(calls, c.inner[i]); };
+        DeviceInfoApplier composite(inner(0), inner(1), inner(2), inner(3));
+        ApplicationInfoApplier wrapped(std::make_unique<DeviceInfoApplier>(inner(0), inner(1), inner(2), inner(3)),
+                                       nullptr);
+        for (IApplier* applier : std::initializer_list<IApplier*>{&composite, &wrapped}) {
+            const EventResult result = applier->apply(std::make_unique<TelemetryEventBundle>("e", 1U, false));
+            EXPECT_EQ(std::exchange(*calls, {}), c.expected);
+            EXPECT_EQ(result.hasValue(), c.expected.back() == "run 4");
+            EXPECT_EQ(result.error(), c.expected.back().ends_with('!') ? fakes::kFakeError : std::error_code());
+        }
+    }
+    const auto inner = [&](const char* name) {
+        return std::make_unique<fakes::FakeApplier>(std::make_shared<Lines>(), name);
+    };
+    DeviceInfoApplier broken(inner("1"), inner("2"), inner("3?"), inner("4"));
+    EXPECT_DEATH(broken.apply(std::make_unique<TelemetryEventBundle>("e", 1U, false)).state(),
+                 "TelemetryService.*requireValue:1066 PANIC");
+}
+
+TEST_F(Appliers, TheUserIdIsTheOverrideElseTheManagersElseZero) {
+    const struct {
+        const char* managers;
+        std::optional<Json::Value> override;
+        const char* expected;
+    } cases[] = {
+        {"7", std::nullopt, "\"7\""}, {"", std::nullopt, "\"0\""}, {"7", "123", "\"123\""},
+        {"", "abc", "\"abc\""},       {"7", "", "\"0\""},          {"7", 5, "\"7\""},
+    };
+    IdentityApplier applier(services, overrides);
+    for (const auto& c : cases) {
+        services->userId = c.managers;
+        overrides->values.clear();
+        if (c.override) overrides->values["id"] = *c.override;
+        EXPECT_EQ(added(applier, R"({"utl_app_id":23})"), "{}");
+        EXPECT_EQ(property("id"), c.expected);
+        EXPECT_EQ(services->takeCalls(), (Lines{"user id 1010123", "override 1010123 23 id"}));
+    }
+    added(applier, R"({"id":42})");
+    EXPECT_EQ(property("id"), "null");
+    EXPECT_EQ(services->takeCalls(), Lines{}) << "nobody is asked about an event that has an id";
+}
+
+TEST_F(Appliers, PackagesAreTheManagersUnlessOverridden) {
+    services->package = {"com.a", -(1LL << 40), "1.2"};
+    services->foreground = {"com.f", 9, "9.9"};
+    const std::string data = R"({"utl_logging_package":"com.logger","utl_app_id":23})";
+    const std::string foreground = R"({"fg_app_package_name":"com.f","fg_app_package_version":"9.9",)";
+    const std::string reported =
+        foreground +
+        R"("sdk_app_package":"com.a","sdk_app_package_version_code":-1099511627776,"sdk_app_package_version_name":"1.2"})";
+    PackageInfoApplier applier(services, overrides);
+    PackageInfoApplier withoutOverrides(services);
+    EXPECT_EQ(added(withoutOverrides, data), reported);
+    services->calls.clear();
+    EXPECT_EQ(added(applier, data), reported);
+    EXPECT_EQ(services->takeCalls(), (Lines{"package com.logger 1010123",  //
+                                            "override 1010123 23 sdk_app_package_version_name",
+                                            "override 1010123 23 sdk_app_package_version_code", "foreground"}));
+
+    overrides->values = {{"sdk_app_package_version_name", Json::arrayValue}, {"sdk_app_package_version_code", "5"}};
+    EXPECT_EQ(added(applier, data),
+              foreground +
+                  R"("sdk_app_package":"com.a","sdk_app_package_version_code":"5","sdk_app_package_version_name":[]})");
+}
+
+TEST_F(Appliers, BothSequenceNumbersAreDrawnOnceTheGlobalOneFirst) {
+    services->global = ~uint64_t{0};
+    services->perType = ~uint64_t{0} - 1;
+    SequenceNumberApplier applier(services);
+    EXPECT_EQ(added(applier),
+              R"({"global_sequence_number":18446744073709551615,"per_type_sequence_number":18446744073709551614})");
+    EXPECT_EQ(services->takeCalls(), (Lines{"global", "number of e"}));
+    EXPECT_TRUE(applier.apply(std::make_unique<TelemetryEventBundle>("p", 1U, true)).hasValue());
+    EXPECT_EQ(services->takeCalls(), (Lines{"global, priority", "number of p"}));
+}
+
+TEST_F(Appliers, SessionsGoToEveryEventOrToTheExemptOnes) {
+    constexpr char kExempt[] = "arvo_pairing_completed";
+    const Json::Value legacy = fakes::parsed(R"({"s":1})");
+    const struct {
+        const char* name;
+        bool attachToAll;
+        Json::Value sessions;
+        const char* data;
+        const char* expected;
+    } cases[] = {
+        {"other", false, legacy, "{}", R"({"__sessions_v2":"now"})"},
+        {"other", true, legacy, "{}", R"({"__sessions":{"s":1},"__sessions_v2":"now"})"},
+        {kExempt, false, legacy, "{}", R"({"__sessions":{"s":1},"__sessions_v2":"now"})"},
+        {kExempt, true, Json::nullValue, "{}", R"({"__sessions_v2":"now"})"},
+        {kExempt, false, false, R"({"__sessions_v2":"own"})", R"({"__sessions":false})"},
+        {"other", false, legacy, R"({"__sessions_v2":""})", R"({"__sessions_v2":"now"})"},
+    };
+    services->sessionsV2 = "now";
+    SessionsApplier applier(services);
+    for (const auto& c : cases) {
+        services->attachToAll = c.attachToAll;
+        services->sessions = c.sessions;
+        EXPECT_EQ(added(applier, c.data, 1010123, c.name), c.expected);
+        Lines calls = {"sessions at 0"};
+        if (c.attachToAll || c.name == kExempt) calls.emplace_back("sessions 10");
+        EXPECT_EQ(services->takeCalls(), calls);
+    }
+    services->sessionsV2 = "";
+    EXPECT_EQ(added(applier, R"({"utl_realtime_ms":7})"), R"({"__sessions_v2":""})");
+    EXPECT_EQ(services->calls[0], "sessions at 7000000");
+}
+
+TEST_F(Appliers, TheTimestampIsNowLessTheAgeButNeverBelowZero) {
+    struct FakeClock : AdjustedClock {
+        AdjustedTimestamp getTimestamp() const override { return now; }
+        AdjustedTimestamp now{};
+    };
+    const auto clock = std::make_shared<FakeClock>();
+    TimestampApplier applier(clock);
+    const struct {
+        AdjustedTimestamp now;
+        const char* createdMs;
+        const char* expected;
+    } cases[] = {
+        {{false, 10000, 20000}, "15000", R"({"adjusted":false,"timestamp":5000})"},
+        {{true, 5000, 20000}, "15000", R"({"adjusted":true,"timestamp":0})"},
+        {{true, 4999, 20000}, "15000", R"({"adjusted":true,"timestamp":0})"},
+        {{true, 1790000000000, 20000}, "20000", R"({"adjusted":true,"timestamp":1790000000000})"},
+        {{true, 1790000000000, 20000}, "20001", R"({"adjusted":true,"timestamp":0})"},
+        {{false, 10000, 20000}, "-1", R"({"adjusted":false,"timestamp":0})"},
+        {{true, ~uint64_t{0}, 20000}, "20000", R"({"adjusted":true,"timestamp":18446744073709551615})"},
+    };
+    for (const auto& c : cases) {
+        clock->now = c.now;
+        EXPECT_EQ(added(applier, std::string(R"({"utl_realtime_ms":)") + c.createdMs + "}"), c.expected);
+    }
+}
+
+}  // namespace Velo::OS::Telemetry

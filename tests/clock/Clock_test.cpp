@@ -1,0 +1,180 @@
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <limits>
+#include <map>
+
+#include "clock/ClockArithmetic.h"
+#include "platform/logging/HostLoggerBackend.h"
+#include "telemetry/AdjustedClock.h"
+#include "telemetry/EventCacheState.h"
+#include "tests/fakes/FakeTelemetrySettings.h"
+#include "tests/fakes/LogCapture.h"
+
+namespace {
+
+std::map<clockid_t, uint64_t> readingsMs;  // what each clock shows; one that is missing fails; none at all: the truth
+std::vector<clockid_t> reads;
+
+}  // namespace
+
+extern "C" int clock_gettime(clockid_t clock, timespec* reading) noexcept {
+    if (readingsMs.empty()) return static_cast<int>(::syscall(SYS_clock_gettime, clock, reading));
+    reads.push_back(clock);
+    const auto found = readingsMs.find(clock);
+    if (found == readingsMs.end()) {
+        errno = EINVAL;
+        return -1;
+    }
+    *reading = {static_cast<time_t>(found->second / 1000), static_cast<long>(found->second % 1000 * 1'000'000)};
+    return 0;
+}
+
+namespace Velo::OS::Telemetry {
+
+using Lines = std::vector<std::string>;
+
+constexpr clockid_t kMonotonic = 1, kWall = 5, kBoot = 7;  // the kernel's numbers
+constexpr int64_t kMax = std::numeric_limits<int64_t>::max();
+
+TEST(ClockArithmetic, ReadingsAreMillisecondsByWayOfADouble) {
+    const std::pair<timespec, uint64_t> cases[] = {
+        {{0, 999'999}, 0},
+        {{0, 1'000'000}, 1},
+        {{1, 999'999'999}, 1999},
+        {{1'699'999'999, 999'999'000}, 1'699'999'999'999},
+        {{1'699'999'999, 999'999'999}, 1'700'000'000'000},
+        {{-1, 0}, 18'446'744'072'709},
+        {{std::numeric_limits<time_t>::max(), 0}, 18'446'744'072'709},
+    };
+    for (const auto& [reading, ms] : cases) EXPECT_EQ(toMilliseconds(reading), ms) << reading.tv_sec;
+}
+
+TEST(ClockArithmetic, DifferencesBeyondTheSignedRangeAreClamped) {
+    const auto max = static_cast<uint64_t>(kMax);
+    const struct {
+        uint64_t wallMs, monotonicMs;
+        int64_t adjustmentMs;
+        const char* loggedDifference;
+    } cases[] = {
+        {7, 7, 0, nullptr},
+        {9, 7, 2, nullptr},
+        {7, 9, -2, nullptr},
+        {max + 3, 3, kMax, nullptr},
+        {3, max + 3, -kMax, nullptr},
+        {max + 4, 3, kMax, "9223372036854775808"},
+        {3, max + 4, -kMax, "9223372036854775808"},
+        {2 * max + 1, 0, kMax, "18446744073709551615"},
+    };
+    fakes::LogCapture log;
+    for (const auto& c : cases) {
+        EXPECT_EQ(adjustmentBetween(c.wallMs, c.monotonicMs), c.adjustmentMs) << c.wallMs << " " << c.monotonicMs;
+        const std::string message = "6 TelemetryService: Numerical overflow when attempting to clamp the timestamp: ";
+        EXPECT_EQ(log.take(), c.loggedDifference ? Lines{message + c.loggedDifference} : Lines{});
+    }
+}
+
+class Clock : public testing::Test {
+protected:
+    Clock() { readingsMs = {{kMonotonic, 4000}, {kWall, 1'700'000'000'000}, {kBoot, 9000}}; }
+    ~Clock() override { readingsMs.clear(); }
+
+    static void expectTime(const AdjustedClock& clock, bool adjusted, uint64_t timestampMs, uint64_t bootTimeMs) {
+        const AdjustedTimestamp now = clock.getTimestamp();
+        EXPECT_EQ(now.isAdjusted, adjusted);
+        EXPECT_EQ(now.timestampMs, timestampMs);
+        EXPECT_EQ(now.bootTimeMs, bootTimeMs);
+    }
+
+    std::shared_ptr<fakes::FakeTelemetrySettings> settings = fakes::FakeTelemetrySettings::install();
+};
+
+TEST_F(Clock, IsMonotonicUntilAdjustedAndMeasuresOnce) {
+    AdjustedClock clock;
+    expectTime(clock, false, 4000, 9000);
+    EXPECT_EQ(clock.getAdjustmentInMs(), std::nullopt);
+
+    reads.clear();
+    clock.adjustClock();
+    EXPECT_EQ(reads, (std::vector{kWall, kMonotonic}));
+    EXPECT_EQ(settings->takeCalls(), (Lines{"adjusted", "adjustment 1699999996000"}));
+    EXPECT_EQ(clock.getAdjustmentInMs(), 1'699'999'996'000);
+    expectTime(clock, true, 1'700'000'000'000, 9000);
+
+    readingsMs[kMonotonic] = 5000;
+    clock.adjustClock();
+    EXPECT_EQ(settings->takeCalls(), Lines{});
+    EXPECT_EQ(clock.getAdjustmentInMs(), 1'699'999'996'000);
+
+    clock.resetIsAdjusted();
+    EXPECT_EQ(settings->takeCalls(), Lines{"not adjusted"});
+    EXPECT_EQ(clock.getAdjustmentInMs(), std::nullopt);
+    expectTime(clock, false, 5000, 9000);
+    clock.adjustClock();
+    EXPECT_EQ(clock.getAdjustmentInMs(), 1'699'999'995'000);
+}
+
+TEST_F(Clock, StartsInThePersistedStateWithoutThePersistedAdjustment) {
+    settings->clockAdjusted = true;
+    settings->clockAdjustmentMs = 77;
+    AdjustedClock clock;
+    expectTime(clock, true, 1'700'000'000'000, 9000);
+    EXPECT_EQ(clock.getAdjustmentInMs(), 0);
+    clock.adjustClock();
+    EXPECT_EQ(clock.getAdjustmentInMs(), 0);
+    EXPECT_EQ(settings->takeCalls(), Lines{});
+}
+
+TEST_F(Clock, AClockThatFailsIsLoggedAndShowsZero) {
+    readingsMs = {{kMonotonic, 4000}};
+    AdjustedClock clock;
+    fakes::LogCapture log;
+    const std::string message = "6 TelemetryService: error getting time: Invalid argument";
+    expectTime(clock, false, 4000, 0);
+    EXPECT_EQ(log.take(), Lines{message});
+    clock.adjustClock();
+    EXPECT_EQ(clock.getAdjustmentInMs(), -4000);
+    EXPECT_EQ(log.take(), Lines{message});
+}
+
+TEST_F(Clock, PersistsInTheSettingsThatADoubleSupplies) {
+    struct Double : AdjustedClock {
+        std::shared_ptr<ITelemetrySettingsManager> getSettings() const override {
+            ++asked;
+            return own;
+        }
+        std::shared_ptr<fakes::FakeTelemetrySettings> own = std::make_shared<fakes::FakeTelemetrySettings>();
+        mutable int asked = 0;
+    } clock;
+    clock.adjustClock();
+    EXPECT_EQ(clock.asked, 2);
+    clock.resetIsAdjusted();
+    EXPECT_EQ(clock.own->takeCalls(), (Lines{"adjusted", "adjustment 1699999996000", "not adjusted"}));
+    EXPECT_EQ(settings->takeCalls(), Lines{});
+}
+
+TEST_F(Clock, TheEventCacheIsAdjustedUntilThatSucceedsOnce) {
+    std::vector<long> asked;
+    bool succeeds = false;
+    EventCacheState();  // nobody to ask yet
+    host::setAdjustTimeHandler([&](long adjustmentMs) {
+        asked.push_back(adjustmentMs);
+        return succeeds;
+    });
+    settings->clockAdjustmentMs = -123456789012;
+    EventCacheState state;
+    EXPECT_EQ(settings->takeCalls(), Lines{}) << "not before the backend has succeeded";
+    succeeds = true;
+    state.adjustTimeIfNeeded();
+    EXPECT_EQ(settings->takeCalls(), Lines{"event cache adjusted"});
+    EXPECT_EQ(asked, (std::vector<long>{-123456789012, -123456789012}));
+
+    settings->eventCacheAdjusted = true;
+    EventCacheState();
+    EXPECT_EQ(asked.size(), 2U);
+    host::setAdjustTimeHandler(nullptr);
+}
+
+}  // namespace Velo::OS::Telemetry
