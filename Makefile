@@ -7,7 +7,7 @@ BUILD := build
 run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
 	@mkdir -p out
-	@$(BUILD)/release/replay/telemetry-replay run samples/day.jsonl --output out/day.jsonl
+	@$(BUILD)/release/replay/telemetry-replay run samples/day.jsonl --device samples/device.json --output out/day.jsonl
 	@echo "The events as they leave the pipeline: out/day.jsonl"
 
 test: deps $(BUILD)/dev/build.ninja

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "replay/BundleFromJson.h"
-#include "replay/Utf8.h"
 #include "telemetry/IntakeFormat.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -43,11 +42,6 @@ MaybeError findFields(Json::Value& line, Fields& fields) {
         fields.*field = &*member;
     }
     return std::nullopt;
-}
-
-/// Whether the value was written as an integer: jsoncpp itself counts 1.0 as one too.
-bool isIntegerLiteral(const Json::Value& value) {
-    return value.type() == Json::intValue || value.type() == Json::uintValue;
 }
 
 MaybeError checkTypes(const Fields& fields) {
@@ -103,9 +97,7 @@ EventDecoder::Decoded decodeFields(Fields& fields, std::string_view line) {
 }  // namespace
 
 EventDecoder::Decoded EventDecoder::decode(std::string_view line) {
-    const size_t malformed = findMalformedUtf8(line);
-    if (malformed < line.size()) return LineError{"not UTF-8: column " + std::to_string(malformed + 1)};
-    if (auto fault = json_.parse(line, root_)) return LineError{std::move(*fault)};
+    if (auto fault = json_.parse(line, root_)) return LineError{std::move(fault->text)};
     if (!root_.isObject()) return LineError{"expected an object"};
 
     Fields fields;

@@ -6,11 +6,13 @@
 
 #include "platform/tracing/HostTracing.h"
 #include "replay/Console.h"
+#include "replay/DeviceFile.h"
+#include "replay/DevicePipeline.h"
 #include "replay/FileError.h"
 #include "replay/LibraryLog.h"
 #include "replay/Replay.h"
 #include "replay/RunFiles.h"
-#include "telemetry/TelemetryEventProcessorBuilder.h"
+#include "replay/StoredSequenceNumbers.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -72,7 +74,9 @@ bool finishTrace(RunFiles& files, Console& console) {
 }
 
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
-    const auto processor = TelemetryEventProcessorBuilder(nullptr, nullptr).build();
+    const auto sequenceNumbers = std::make_shared<StoredSequenceNumbers>(files.store);
+    const auto processor = buildDevicePipeline(files.device ? readDevice(*files.device) : Device(), sequenceNumbers);
+    files.emptyOutputs();
     const auto badLines = options.strict ? Replay::BadLines::Stop : Replay::BadLines::Continue;
     Replay replay(files, *processor, console, badLines);
     // Lines of output would run into the bar.
@@ -83,6 +87,7 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     bool usable = succeeds(console, [&] { replay.run(); });
     console.hideProgress();
     usable &= closeAll(files, console);
+    usable &= succeeds(console, [&] { sequenceNumbers->handBack(); });
     const auto elapsed = std::chrono::steady_clock::now() - start;
     usable &= finishTrace(files, console);
 

@@ -11,11 +11,17 @@ namespace {
 bool isSameFile(const struct stat& a, const struct stat& b) { return a.st_dev == b.st_dev && a.st_ino == b.st_ino; }
 
 /// Terminals and sockets may well be read and written at once.
-void checkNotAnInput(const OutputFile& output, const std::vector<InputFile>& inputs) {
-    for (const InputFile& input : inputs) {
-        if (S_ISREG(output.status().st_mode) && isSameFile(output.status(), input.status())) {
-            throw FileError("cannot write " + output.name() + ": it is an input");
-        }
+void checkNotAnInput(const OutputFile& output, const InputFile& input) {
+    if (S_ISREG(output.status().st_mode) && isSameFile(output.status(), input.status())) {
+        throw FileError("cannot write " + output.name() + ": it is an input");
+    }
+}
+
+/// Asks by the path: opening and closing the file would drop the locks that SQLite holds on it.
+void checkNotTheStore(const OutputFile& output, const std::string& storePath) {
+    struct stat store {};
+    if (::stat(storePath.c_str(), &store) == 0 && isSameFile(output.status(), store)) {
+        throw FileError("cannot write " + output.name() + ": it is the store");
     }
 }
 
@@ -27,8 +33,22 @@ void checkNotTheSame(const OutputFile& output, const OutputFile& earlier) {
     }
 }
 
-std::optional<OutputFile> openIfNamed(const std::optional<std::string>& path) {
-    return path ? std::optional<OutputFile>(*path) : std::nullopt;
+std::vector<InputFile> openInputs(const RunOptions& options) {
+    std::vector<std::string> paths = options.inputs;
+    if (paths.empty()) paths.emplace_back("-");
+    std::vector<InputFile> inputs;
+    for (const std::string& path : paths) {
+        if (path == "-" && options.device == "-") {
+            throw FileError("cannot read events from <stdin>: it describes the device");
+        }
+        inputs.emplace_back(path);
+    }
+    return inputs;
+}
+
+template <typename File>
+std::optional<File> openIfNamed(const std::optional<std::string>& path) {
+    return path ? std::optional<File>(*path) : std::nullopt;
 }
 
 }  // namespace
@@ -43,22 +63,33 @@ std::optional<uint64_t> RunFiles::inputBytes() const {
     return total;
 }
 
+std::vector<OutputFile*> RunFiles::outputs() {
+    std::vector<OutputFile*> all = {&output};
+    if (rejects) all.push_back(&*rejects);
+    if (trace) all.push_back(&*trace);
+    return all;
+}
+
+void RunFiles::emptyOutputs() {
+    for (OutputFile* file : outputs()) file->truncate();
+}
+
 RunFiles openRunFiles(const RunOptions& options) {
-    std::vector<InputFile> inputs;
-    for (const std::string& path : options.inputs) inputs.emplace_back(path);
-    if (inputs.empty()) inputs.emplace_back("-");
-
-    RunFiles files{std::move(inputs), OutputFile(options.output), openIfNamed(options.rejects),
-                   openIfNamed(options.trace)};
-    std::vector<OutputFile*> outputs = {&files.output};
-    if (files.rejects) outputs.push_back(&*files.rejects);
-    if (files.trace) outputs.push_back(&*files.trace);
-
+    RunFiles files{
+        .inputs = openInputs(options),
+        .device = openIfNamed<InputFile>(options.device),
+        .store = StoreFile(options.store.value_or("")),
+        .output = OutputFile(options.output),
+        .rejects = openIfNamed<OutputFile>(options.rejects),
+        .trace = openIfNamed<OutputFile>(options.trace),
+    };
+    const std::vector<OutputFile*> outputs = files.outputs();
     for (auto output = outputs.begin(); output != outputs.end(); ++output) {
-        checkNotAnInput(**output, files.inputs);
+        for (const InputFile& input : files.inputs) checkNotAnInput(**output, input);
+        if (files.device) checkNotAnInput(**output, *files.device);
+        if (options.store) checkNotTheStore(**output, *options.store);
         for (auto earlier = outputs.begin(); earlier != output; ++earlier) checkNotTheSame(**output, **earlier);
     }
-    for (OutputFile* output : outputs) output->truncate();
     return files;
 }
 

@@ -8,7 +8,9 @@ namespace Velo::OS::Telemetry::replay {
 
 /// The command line of `run`. A path "-" is standard input or standard output.
 struct RunOptions {
-    std::vector<std::string> inputs;  // none: standard input
+    std::vector<std::string> inputs;    // none: standard input
+    std::optional<std::string> device;  // none: a device of which nothing is known
+    std::optional<std::string> store;   // none: a temporary one
     std::string output = "-";
     std::optional<std::string> rejects;  // none: bad lines are only counted
     std::optional<std::string> trace;

@@ -1,17 +1,25 @@
 #include "replay/StrictJson.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
+
+#include "replay/Utf8.h"
 
 namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
-using Fault = std::optional<std::string>;
+using Fault = std::optional<JsonFault>;
 
-std::string faultAt(size_t column, std::string_view reason) {
-    return "not JSON: column " + std::to_string(column) + ": " + std::string(reason);
+/// `kind` is what the text is not, "JSON" or "UTF-8".
+JsonFault faultAt(std::string_view text, size_t offset, const std::string& kind, const std::string& reason = {}) {
+    const std::string_view before = text.substr(0, offset);
+    const auto newlines = std::count(before.begin(), before.end(), '\n');
+    const size_t lineStart = newlines > 0 ? before.rfind('\n') + 1 : 0;
+    const std::string column = std::to_string(offset - lineStart + 1);
+    return {static_cast<size_t>(newlines) + 1, "not " + kind + ": column " + column + reason};
 }
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -61,16 +69,20 @@ private:
         if (c == '-' || c == '+' || isDigit(c)) return checkNumber();
         if ((c == '{' || c == '[') && ++depth_ > StrictJson::kMaxDepth) return tooDeep();
         if ((c == '}' || c == ']') && depth_ > 0) --depth_;
-        if (isControl(c) && c != '\t' && c != '\r') return faultAt(at_ + 1, "control character");
+        if (isControl(c) && c != '\t' && c != '\r' && c != '\n') return fault("control character");
         ++at_;
         return std::nullopt;
     }
 
-    static Fault tooDeep() { return "nested deeper than " + std::to_string(StrictJson::kMaxDepth) + " levels"; }
+    JsonFault fault(const char* reason) const { return faultAt(text_, at_, "JSON", std::string(": ") + reason); }
+
+    JsonFault tooDeep() const {
+        return {fault("").line, "nested deeper than " + std::to_string(StrictJson::kMaxDepth) + " levels"};
+    }
 
     Fault checkNumber() {
         const size_t end = std::min(text_.find_first_not_of("+-.0123456789Ee", at_), text_.size());
-        if (!isNumber(text_.substr(at_, end - at_))) return faultAt(at_ + 1, "malformed number");
+        if (!isNumber(text_.substr(at_, end - at_))) return fault("malformed number");
         at_ = end;
         return std::nullopt;
     }
@@ -83,8 +95,8 @@ private:
                 ++at_;
                 return std::nullopt;
             }
-            if (isControl(c)) return faultAt(at_ + 1, "control character in a string");
-            if (c == '\\' && !skipEscape()) return faultAt(at_ + 1, "half of a surrogate pair");
+            if (isControl(c)) return fault("control character in a string");
+            if (c == '\\' && !skipEscape()) return fault("half of a surrogate pair");
         }
         return std::nullopt;
     }
@@ -121,19 +133,27 @@ private:
     unsigned depth_ = 0;
 };
 
+/// Where a line of jsoncpp's begins: it takes carriage returns for ends of lines too.
+size_t startOfLine(std::string_view text, size_t line) {
+    size_t start = 0;
+    for (; line > 1; --line) {
+        start = text.find_first_of("\r\n", start) + 1;
+        if (text.substr(start - 1, 2) == "\r\n") ++start;
+    }
+    return start;
+}
+
 /// The first fault of a report such as "* Line 1, Column 12\n  Missing ':'\nSee Line 1, Column 14 for detail.\n".
-std::string firstFault(std::string_view report, std::string_view text) {
+JsonFault firstFault(std::string_view report, std::string_view text) {
     size_t line = 1;
     size_t column = 1;
     std::sscanf(std::string(report).c_str(), "* Line %zu, Column %zu", &line, &column);
-    // jsoncpp takes a carriage return for the end of a line.
-    size_t lineStart = 0;
-    for (; line > 1; --line) lineStart = text.find('\r', lineStart) + 1;
+    const size_t offset = std::min(startOfLine(text, line) + column - 1, text.size());
 
     report.remove_prefix(std::min(report.find("\n  ") + 3, report.size()));
     for (const char* next : {"\nSee Line ", "\n* Line "}) report = report.substr(0, report.find(next));
     if (report.ends_with('\n')) report.remove_suffix(1);
-    return faultAt(lineStart + column, report);
+    return faultAt(text, offset, "JSON", ": " + std::string(report));
 }
 
 }  // namespace
@@ -149,6 +169,8 @@ StrictJson::StrictJson() {
 }
 
 Fault StrictJson::parse(std::string_view text, Json::Value& out) {
+    const size_t malformed = findMalformedUtf8(text);
+    if (malformed < text.size()) return faultAt(text, malformed, "UTF-8");
     if (Fault fault = LexicalCheck(text).run()) return fault;
     report_.clear();
     if (reader_->parse(text.data(), text.data() + text.size(), &out, &report_)) return std::nullopt;

@@ -47,6 +47,10 @@ Examples:
 void addRunCommand(CLI::App& app, RunOptions& options) {
     CLI::App* run = app.add_subcommand("run", kRunDescription);
     run->add_option("FILE", options.inputs, "Files of events; none or - is standard input")->type_name("");
+    run->add_option("--device", options.device, "Describe the device in FILE, a JSON object; see samples/device.json")
+        ->type_name("FILE");
+    run->add_option("--store", options.store, "Keep what outlives a run, the sequence numbers, in FILE (SQLite)")
+        ->type_name("FILE");
     run->add_option("-o,--output", options.output, "Write the events to FILE instead of standard output")
         ->type_name("FILE");
     run->add_option("--rejects", options.rejects, "Write bad lines to FILE, unchanged")->type_name("FILE");

@@ -5,11 +5,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <regex>
 #include <string>
 
 #include "replay/Replay.h"
+#include "replay/StoredSequenceNumbers.h"
 #include "telemetry/TelemetryEventProcessorBuilder.h"
 #include "tests/fakes/FakeStages.h"
+#include "tests/fakes/Payloads.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -43,6 +46,14 @@ protected:
         const int status = std::system(script.c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
+    /// The output without the members that appliers add.
+    std::string readOwn(const std::string& file) {
+        static const std::regex added(
+            R"re("(__sessions_v2|account_mode|adjusted|device_serial|fg_app_\w+|global_\w+|managed_mode|per_type_\w+|)re"
+            R"re(sdk_app_package\w*|timestamp|id|morlek_device_id)":("\w*"|[-\w]+)(,|(?=\})))re");
+        static const std::regex comma(",\\}");
+        return std::regex_replace(std::regex_replace(read(file), added, ""), comma, "}");
+    }
     static std::string summary(int read, int kept, int bad, size_t bytes) {
         char text[256];
         std::snprintf(text, sizeof(text),
@@ -68,12 +79,12 @@ TEST_F(ReplayTool, WritesWhatBecomesOfEachEvent) {
     const size_t bytes = read("a").size() + read("b").size();
 
     EXPECT_EQ(sh("$TOOL run a - <b >out"), 0);
-    EXPECT_EQ(read("out"), expected);
+    EXPECT_EQ(readOwn("out"), expected);
     EXPECT_TRUE(read("err").starts_with(summary(3, 3, 0, bytes))) << read("err");
 
     write("out", "an earlier run's output, longer than this one's" + std::string(2000, '.'));
     EXPECT_EQ(sh("$TOOL run --quiet -o out a ./b"), 0);
-    EXPECT_EQ(read("out"), expected);
+    EXPECT_EQ(readOwn("out"), expected);
     EXPECT_EQ(read("err"), "");
 }
 
@@ -97,7 +108,7 @@ TEST_F(ReplayTool, KeepsBadLinesAsTheyAre) {
     write("in\x1B", input);
 
     EXPECT_EQ(sh("$TOOL run in* --rejects rejects >out"), 1);
-    EXPECT_EQ(read("out"), kGoodOutput);
+    EXPECT_EQ(readOwn("out"), kGoodOutput);
     EXPECT_TRUE(read("rejects") == rejects);
     const std::string messages =
         "in\\u001b:2: not UTF-8: column 13\n"
@@ -115,7 +126,7 @@ TEST_F(ReplayTool, StopsAtTheFirstBadLineWhenStrict) {
     write("a", good + "{\n" + good);
     write("b", good);
     EXPECT_EQ(sh("$TOOL run --strict a b --rejects rejects >out"), 1);
-    EXPECT_EQ(read("out"), kGoodOutput);
+    EXPECT_EQ(readOwn("out"), kGoodOutput);
     EXPECT_EQ(read("rejects"), "{\n");
     EXPECT_TRUE(read("err").find(summary(2, 1, 1, good.size() + 2)) != std::string::npos) << read("err");
 }
@@ -136,6 +147,11 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
         {"$TOOL run in -o /dev/full", "cannot write /dev/full: No space left on device\n"},
         {"$TOOL run in -o /dev/null --rejects /dev/full", "cannot write /dev/full: No space left on device\n"},
         {"$TOOL run in -o /dev/null --trace /dev/full", "cannot write /dev/full: No space left on device\n"},
+        {"$TOOL run in -o new --store ./new", "cannot write new: it is the store\n"},
+        {"$TOOL run in -o old --store in", "cannot use in: file is not a database\n"},
+        {"$TOOL run in -o old --device old; $TOOL run in -o old --device in",
+         "cannot write old: it is an input\nin:2: not JSON: column 1: Extra non-whitespace after JSON value.\n"},
+        {"$TOOL run --device -", "cannot read events from <stdin>: it describes the device\n"},
         {"$TOOL --help >/dev/full", "cannot write <stdout>: No space left on device\n"},
         {"{ yes \"$(head -n 1 in)\" | $TOOL run; echo $? >status; } | head -n 1 >first; exit $(cat status)",
          "cannot write <stdout>: Broken pipe\n"},
@@ -150,6 +166,102 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
         EXPECT_EQ(read("in"), content) << command;
         EXPECT_EQ(read("old"), "kept") << command;
     }
+}
+
+TEST_F(ReplayTool, NamesWhatIsWrongWithADevice) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"[]", " expected an object"},
+        {"{\r\n \"users\": 1 1}", "2: not JSON: column 13: Missing ',' or '}' in object declaration"},
+        {"{\n\n\xFF", "3: not UTF-8: column 1"},
+        {std::string(17 << 20, ' '), " longer than 16777216 bytes"},
+        {R"({"user":{}})", " user: unknown member"},
+        {R"({"identities":{"10123":5}})", " identities.10123: expected a string"},
+        {R"({"identities":{"-1":"5"}})", " identities.-1: expected the name to be an unsigned 32-bit integer"},
+        {R"({"users":{"00":{}}})", " users.00: expected the name to be a signed 32-bit integer"},
+        {R"({"users":{"0":{"managed_mode":2147483648}}})", " users.0.managed_mode: expected a signed 32-bit integer"},
+        {R"({"users":{"0":{"account_mode":1}}})", " users.0.account_mode: expected true or false"},
+        {R"({"packages":{"a.b":{"1":{"version_code":1.0}}}})",
+         " packages.a.b.1.version_code: expected a signed 64-bit integer"},
+        {R"({"sessions":{"v2":{}}})", " sessions.v2: expected an array"},
+        {R"({"sessions":{"v2":[{},{"since_ms":0}]}})", " sessions.v2[1]: another one has the same since_ms"},
+        {R"({"app_overrides":{"1":{"0":{}}}})",
+         " app_overrides.1.0: 0 stands for no application, which has no overrides"},
+        {R"({"clock":{"time_ms":-1}})", " clock.time_ms: expected an unsigned 64-bit integer"},
+    };
+    for (const auto& [device, message] : cases) {
+        write("device", device);
+        EXPECT_EQ(sh("$TOOL run --device device </dev/null"), 2);
+        EXPECT_EQ(read("err"), "device:" + message + "\n");
+    }
+}
+
+TEST_F(ReplayTool, EnrichesEventsAsTheDeviceDoes) {
+    write("device", R"({
+        "device_ids": {"telemetry": "t", "morlek": "m"},
+        "system_properties": {"ro.serialno": "1WM"},
+        "users": {"10": {"managed_mode": -2, "account_mode": true}},
+        "identities": {"10123": "42"},
+        "packages": {"com.a": {"10123": {"version_name": "1.2", "version_code": 12}}},
+        "foreground": {"package": "com.f", "version_name": "9"},
+        "sessions": {"attach_to_all_events": true, "legacy": {"0": [1]},
+                     "v2": [{"since_ms": 5000, "context": "c5"}, {"since_ms": 1, "context": "c1"}]},
+        "app_overrides": {"1010123": {"7": {"id": "o", "sdk_app_package_version_name": "n",
+                                            "sdk_app_package_version_code": 4294967296}}},
+        "clock": {"adjusted": true, "time_ms": 1790000000000, "boot_time_ms": 10000}})");
+    write("in", R"({"name":"e","uid":10123,"data":{"utl_logging_package":"com.a","utl_realtime_ms":4999}}
+{"name":"e","uid":1010123,"data":{"utl_app_id":7,"utl_logging_package":"com.a","utl_realtime_ms":5000}})");
+    EXPECT_EQ(sh("$TOOL run in --device device --quiet >out"), 0);
+    EXPECT_EQ(
+        read("out"),
+        R"({"name":"e","uid":10123,"identifier":"e","data":{"__sessions":[1],"__sessions_v2":"c1",)"
+        R"("account_mode":-1,"adjusted":true,"device_serial":"1WM","fg_app_package_name":"com.f",)"
+        R"("fg_app_package_version":"9","global_sequence_number":1,"managed_mode":0,"per_type_sequence_number":1,)"
+        R"("realtime":false,"sdk_app_package":"com.a","sdk_app_package_version_code":12,)"
+        R"("sdk_app_package_version_name":"1.2","timestamp":1789999994999,"utl_logging_package":"com.a",)"
+        R"("utl_realtime_ms":4999},"header":{"app_id":736366014426470,"app_version":"1.2","id":"42",)"
+        R"("morlek_device_id":"m"}})"
+        "\n"
+        R"({"name":"e","uid":1010123,"identifier":"e","data":{"__sessions_v2":"c5",)"
+        R"("account_mode":1,"adjusted":true,"device_serial":"1WM","fg_app_package_name":"com.f",)"
+        R"("fg_app_package_version":"9","global_sequence_number":2,"managed_mode":-2,"per_type_sequence_number":2,)"
+        R"("realtime":false,"sdk_app_package":"com.a","sdk_app_package_version_code":4294967296,)"
+        R"("sdk_app_package_version_name":"n","timestamp":1789999995000,"utl_app_id":7,)"
+        R"("utl_logging_package":"com.a","utl_realtime_ms":5000},"header":{"app_id":7,"app_version":"n","id":"o",)"
+        R"("morlek_device_id":"m"}})"
+        "\n");
+}
+
+TEST_F(ReplayTool, SequenceNumbersGoOnFromRunToRun) {
+    const auto global = [&] { return fakes::parsed(read("out"))["data"]["global_sequence_number"].asUInt(); };
+    const auto perType = [&] { return fakes::parsed(read("out"))["data"]["per_type_sequence_number"].asUInt(); };
+    write("a", kGoodLine);
+    write("b", R"({"name":"other","data":{}})");
+    EXPECT_EQ(sh("$TOOL run a b b --store s >out && $TOOL run a --store s >out"), 0);
+    EXPECT_EQ(global(), 4U);
+    EXPECT_EQ(perType(), 2U);
+
+    {
+        // Two processes at once; the second one does not hand back what the first one has reserved beyond it.
+        StoreFile file(folder_ / "s"), sameFile(folder_ / "s");
+        StoredSequenceNumbers first(file), second(sameFile);
+        EXPECT_EQ(first.getNextGlobalSequenceNumber(true), 5U);
+        EXPECT_EQ(second.getNextGlobalSequenceNumber(false), 1005U);
+        for (unsigned i = 6; i < 1005; ++i) EXPECT_EQ(first.getNextGlobalSequenceNumber(false), i);
+        EXPECT_EQ(first.getNextGlobalSequenceNumber(false), 2005U);
+        EXPECT_EQ(first.getNextPerTypeSequenceNumber("launch"), 3U);
+        second.handBack();
+        first.handBack();
+    }
+    EXPECT_EQ(sh("$TOOL run a --store s >out; $TOOL run b >out2"), 0);
+    EXPECT_EQ(global(), 2006U);
+    EXPECT_EQ(perType(), 4U);
+    EXPECT_NE(read("out2").find(R"("global_sequence_number":1,)"), std::string::npos) << "a store of its own";
+
+    // The file may grow no more.
+    EXPECT_EQ(sh("for i in $(seq 999); do echo '{\"name\":\"event'$i'\",\"data\":{}}'; done >many; ulimit -f 24; "
+                 "$TOOL run many -o /dev/null --store s"),
+              2);
+    EXPECT_TRUE(read("err").starts_with("cannot use s: ")) << read("err");
 }
 
 TEST_F(ReplayTool, StopsEarlyWhenAFileIsFullYetFinishesTheOthers) {

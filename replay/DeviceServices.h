@@ -1,0 +1,53 @@
+#pragma once
+
+#include "replay/Device.h"
+#include "telemetry/IIdentityManager.h"
+#include "telemetry/IPackageInfoManager.h"
+#include "telemetry/ISessionManager.h"
+#include "telemetry/ITelemetrySettingsManager.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+/// Answers what the library asks of its service, from the description of a device. It persists nothing: replaying
+/// events changes no settings.
+class DeviceServices : public ITelemetrySettingsManager,
+                       public IIdentityManager,
+                       public IPackageInfoManager,
+                       public ISessionManager {
+public:
+    explicit DeviceServices(Device device) : device_(std::move(device)) {}
+
+    bool isTelemetryEnabled() override { return true; }
+    std::optional<std::string> getTelemetryDeviceId() override { return device_.telemetryId; }
+    std::optional<std::string> getMorlekDeviceId() override { return device_.morlekId; }
+    /// Users whose modes are not known have those of a fresh `Device::User`.
+    int32_t getManagedMode(int64_t momentNs, std::optional<int32_t> userId) override;
+    bool getAccountMode(int64_t momentNs, std::optional<int32_t> userId) override;
+    bool isVerboseEnabled() override { return false; }
+    bool isClockAdjusted() override { return device_.clock.adjusted; }
+    void setClockAdjusted(bool /*adjusted*/) override {}
+    bool isEventCacheTimeAdjusted() override { return true; }
+    void setEventCacheTimeAdjusted(bool /*adjusted*/) override {}
+    int64_t getClockAdjustmentMs() override { return 0; }
+    void setClockAdjustmentMs(int64_t /*adjustmentMs*/) override {}
+    bool isGkEnabled(const std::string& /*gateName*/) override { return false; }
+    bool isEventInVerification(const std::string& /*eventName*/) override { return false; }
+
+    std::string getUserIdForUid(uint32_t uid) override;
+
+    /// A package that is not known has the name by which it is asked for, version code 0 and no version name.
+    PackageInfo getPackageInfo(const std::string& packageName, uint32_t uid) override;
+    PackageInfo getForegroundPackageInfo() override { return device_.foreground; }
+
+    Json::Value getSessions(int32_t userId) override;
+    bool shouldAttachSessionsToAllEvents() override { return device_.sessions.attachToAllEvents; }
+    /// Empty before the first context.
+    std::string getSessionsV2(int64_t momentNs) override;
+
+private:
+    Device::User user(std::optional<int32_t> userId) const;
+
+    const Device device_;
+};
+
+}  // namespace Velo::OS::Telemetry::replay

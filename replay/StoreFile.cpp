@@ -1,0 +1,66 @@
+#include "replay/StoreFile.h"
+
+#include <sqlite3.h>
+
+#include "replay/FileError.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+namespace {
+
+constexpr int kPatienceMs = 10'000;  // with another process that writes
+
+}  // namespace
+
+void StoreFile::Close::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
+
+StoreFile::StoreFile(const std::string& path) : path_(path) {
+    sqlite3* database = nullptr;
+    const int result =
+        sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, /*zVfs=*/nullptr);
+    database_.reset(database);
+    check(result, SQLITE_OK);
+    check(sqlite3_busy_timeout(database, kPatienceMs), SQLITE_OK);
+    run("PRAGMA user_version");  // the first read, which tells whether the file is a store at all
+}
+
+void StoreFile::check(int result, int expected) const {
+    if (result == expected) return;
+    throw FileError("cannot use " + (path_.empty() ? "a temporary store" : path_) + ": " +
+                    sqlite3_errmsg(database_.get()));
+}
+
+void StoreFile::Statement::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+
+StoreFile::Statement::Statement(StoreFile& file, const char* sql) : file_(&file) {
+    sqlite3_stmt* statement = nullptr;
+    file_->check(sqlite3_prepare_v2(file.database_.get(), sql, /*nByte=*/-1, &statement, /*pzTail=*/nullptr),
+                 SQLITE_OK);
+    statement_.reset(statement);
+}
+
+StoreFile::Statement& StoreFile::Statement::bind(int parameter, const std::string& text) {
+    file_->check(
+        sqlite3_bind_text64(statement_.get(), parameter, text.data(), text.size(), SQLITE_TRANSIENT, SQLITE_UTF8),
+        SQLITE_OK);
+    return *this;
+}
+
+StoreFile::Statement& StoreFile::Statement::bind(int parameter, int64_t number) {
+    file_->check(sqlite3_bind_int64(statement_.get(), parameter, number), SQLITE_OK);
+    return *this;
+}
+
+int64_t StoreFile::Statement::run() {
+    int64_t number = 0;
+    int result = sqlite3_step(statement_.get());
+    if (result == SQLITE_ROW) {
+        number = sqlite3_column_int64(statement_.get(), 0);
+        result = sqlite3_step(statement_.get());
+    }
+    file_->check(result, SQLITE_DONE);
+    sqlite3_reset(statement_.get());
+    return number;
+}
+
+}  // namespace Velo::OS::Telemetry::replay

@@ -1,0 +1,56 @@
+#include "replay/StoredSequenceNumbers.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+namespace {
+
+// Keys of the store. Those of event names begin like this.
+const std::string kGlobal = "global";
+const std::string kPerType = "event ";
+
+StoreFile& withTable(StoreFile& store) {
+    store.run("CREATE TABLE IF NOT EXISTS sequence_numbers(sequence TEXT PRIMARY KEY, next INTEGER NOT NULL)");
+    return store;
+}
+
+}  // namespace
+
+StoredSequenceNumbers::StoredSequenceNumbers(StoreFile& store)
+    : store_(withTable(store)),
+      reserve_(store,
+               "INSERT INTO sequence_numbers VALUES(?1, 1 + ?2)"
+               " ON CONFLICT(sequence) DO UPDATE SET next = next + ?2 RETURNING next") {}
+
+uint64_t StoredSequenceNumbers::draw(Range& range, const std::string& prefix, const std::string& eventName) {
+    if (range.next == range.end) {
+        range.end = reserve_.bind(1, prefix + eventName).bind(2, kBatch).run();
+        range.next = range.end - kBatch;
+    }
+    return static_cast<uint64_t>(range.next++);
+}
+
+uint64_t StoredSequenceNumbers::getNextGlobalSequenceNumber(bool /*priority*/) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return draw(global_, kGlobal, {});
+}
+
+uint64_t StoredSequenceNumbers::getNextPerTypeSequenceNumber(const std::string& eventName) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return draw(perType_[eventName], kPerType, eventName);
+}
+
+void StoredSequenceNumbers::handBack() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    StoreFile::Statement handBack(store_, "UPDATE sequence_numbers SET next = ?2 WHERE sequence = ?1 AND next = ?3");
+    const auto handBackRange = [&](const std::string& sequence, Range& range) {
+        handBack.bind(1, sequence).bind(2, range.next).bind(3, range.end);
+        handBack.run();
+        range = {};
+    };
+    store_.run("BEGIN IMMEDIATE");
+    handBackRange(kGlobal, global_);
+    for (auto& [eventName, range] : perType_) handBackRange(kPerType + eventName, range);
+    store_.run("COMMIT");
+}
+
+}  // namespace Velo::OS::Telemetry::replay
