@@ -22,8 +22,8 @@ int64_t clampedToSigned(uint64_t differenceMs) {
 
 uint64_t toMilliseconds(const timespec& reading) {
     const uint64_t ns = static_cast<uint64_t>(reading.tv_sec) * 1'000'000'000U + static_cast<uint64_t>(reading.tv_nsec);
-    // Deliberate: by way of a double, which holds the nanoseconds of a wall clock to 256 ns only, so that a reading
-    // within 128 ns of the next millisecond counts as that one.
+    // Deliberate: by way of doubles, whose rounding takes a wall clock's reading within about 256 ns of the edge of a
+    // millisecond to either side of it.
     return static_cast<uint64_t>(static_cast<double>(ns) / 1e6);
 }
 

@@ -28,6 +28,21 @@ Input: one JSON object a line.
 
 Output: one JSON object a line with name, uid, identifier, data and header.
 
+Device: one JSON object; whatever is absent is unknown to the pipeline.
+  device_ids         {"telemetry": string, "morlek": string}
+  system_properties  {NAME: string}
+  users              {ANDROID_USER: {"managed_mode": integer, "account_mode": bool}}
+  identities         {UID: string}, the id of the user for whom the uid runs
+  packages           {PACKAGE: {UID: {"version_name": string, "version_code": integer}}}
+  foreground         {"package": string, "version_name": string}
+  sessions           {"attach_to_all_events": bool, "legacy": {ANDROID_USER: value},
+                      "v2": [{"since_ms": integer, "context": string}]}
+  app_overrides      {UID: {APP_ID: {"id": string,
+                      "sdk_app_package_version_name": string,
+                      "sdk_app_package_version_code": integer}}}
+  clock              {"adjusted": bool, "time_ms": integer, "boot_time_ms": integer},
+                     the times at which to stand still; else this machine's clocks run
+
 A bad line does not stop the run. It goes unchanged to the file that --rejects
 names, and standard error says FILE:LINE: what is wrong with which field.
 
@@ -35,7 +50,7 @@ Exit status: 0; 1 if there was a bad line; 2 for a wrong call or a file that
 cannot be opened, read or written.
 
 Examples:
-  telemetry-replay run day.jsonl -o out.jsonl --rejects bad.jsonl
+  telemetry-replay run day.jsonl --device device.json -o out.jsonl --rejects bad.jsonl
   telemetry-replay run --trace day.trace day.jsonl > out.jsonl
   echo '{"name":"launch","data":{"k":1}}' | telemetry-replay run)";
 
@@ -47,9 +62,9 @@ Examples:
 void addRunCommand(CLI::App& app, RunOptions& options) {
     CLI::App* run = app.add_subcommand("run", kRunDescription);
     run->add_option("FILE", options.inputs, "Files of events; none or - is standard input")->type_name("");
-    run->add_option("--device", options.device, "Describe the device in FILE, a JSON object; see samples/device.json")
+    run->add_option("--device", options.device, "Run on the device that FILE describes")
         ->type_name("FILE");
-    run->add_option("--store", options.store, "Keep what outlives a run, the sequence numbers, in FILE (SQLite)")
+    run->add_option("--store", options.store, "Keep sequence numbers from run to run in FILE, an SQLite database")
         ->type_name("FILE");
     run->add_option("-o,--output", options.output, "Write the events to FILE instead of standard output")
         ->type_name("FILE");

@@ -15,6 +15,8 @@ const typename Map::mapped_type* find(const Map& map, const typename Map::key_ty
 
 }  // namespace
 
+AppOverrideManager::AppOverrideManager() = default;
+
 void AppOverrideManager::setAppOverrideStr(const std::string& key, const std::string& value, uint32_t userId,
                                            int64_t appId) {
     if (appId == kNoApp || (key != "sdk_app_package_version_name" && key != "id")) return;

@@ -21,8 +21,8 @@ struct AdjustedTimestamp {
 /// clock afterwards. Switching measures the adjustment, the difference between the two, by which consumers shift
 /// earlier timestamps. State and adjustment are persisted in the settings.
 ///
-/// Safe to call from several threads at once. A clock that cannot be read is logged and counts as 0. Virtual slots and
-/// layout are ABI.
+/// Safe to call from several threads at once; one that asks while another adjusts may see the switch before the
+/// adjustment. A clock that cannot be read is logged and counts as 0. Virtual slots and layout are ABI.
 class TELEMETRY_EXPORT AdjustedClock {
 public:
     /// Starts in the persisted state. Deliberate: the persisted adjustment is not loaded, so a clock that starts

@@ -9,6 +9,8 @@ namespace Velo::OS::Telemetry {
 /// Keeps overrides in memory; there is no removal. It has no lock: see `IAppOverrideManager`. The layout is ABI.
 class TELEMETRY_EXPORT AppOverrideManager : public IAppOverrideManager {
 public:
+    AppOverrideManager();
+
     /// Ignores every key but "id" and "sdk_app_package_version_name", and app id 0.
     void setAppOverrideStr(const std::string& key, const std::string& value, uint32_t userId, int64_t appId) override;
     /// Ignores every key but "sdk_app_package_version_code", and app id 0.

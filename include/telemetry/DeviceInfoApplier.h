@@ -8,7 +8,7 @@ namespace Velo::OS::Telemetry {
 
 /// "device_info_applier": runs four appliers as one stage, which is traced, counted and blocked as one.
 ///
-/// The first error ends it and is its result. Nothing from one of the first three aborts the process.
+/// The first error ends it and is its result. An empty result of one of the first three aborts the process.
 class TELEMETRY_EXPORT DeviceInfoApplier : public IApplier {
 public:
     /// None may be null.

@@ -9,7 +9,7 @@
 namespace Velo::OS::Telemetry {
 
 /// "identity_applier": sets the property "id" of an event that has no user id yet: the application's override, else
-/// what the identity manager says, else "0".
+/// what the identity manager says, else "0". Throws what `TelemetryEvent::arvoUserId` throws.
 class TELEMETRY_EXPORT IdentityApplier : public IApplier {
 public:
     /// Neither may be null.

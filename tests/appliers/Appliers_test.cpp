@@ -50,109 +50,94 @@ protected:
     std::string header;
 };
 
-TEST_F(Appliers, BearTheNamesOfTheirStages) {
-    const auto fake = [] { return std::make_unique<fakes::FakeApplier>(nullptr, "inner"); };
-    EXPECT_EQ(DeviceIDApplier().name_, "device_id_applier");
-    EXPECT_EQ(OSUtilsDeviceIdApplier().name_, "osutils_device_id_applier");
-    EXPECT_EQ(DeviceSettingApplier().name_, "device_setting_applier");
-    EXPECT_EQ(SystemPropertyApplier().name_, "system_property_applier");
-    EXPECT_EQ(DeviceInfoApplier(fake(), fake(), fake(), fake()).name_, "device_info_applier");
-    EXPECT_EQ(IdentityApplier(services, overrides).name_, "identity_applier");
-    EXPECT_EQ(PackageInfoApplier(services).name_, "package_info_applier");
-    EXPECT_EQ(ApplicationInfoApplier(fake(), overrides).name_, "application_info_applier");
-    EXPECT_EQ(SequenceNumberApplier(services).name_, "seq_num_applier");
-    EXPECT_EQ(SessionsApplier(services).name_, "sessions_applier");
-    EXPECT_EQ(TimestampApplier(std::make_shared<AdjustedClock>()).name_, "timestamp_applier");
-}
-
 TEST_F(Appliers, DeviceIdsAreKeptFromTheirFirstUse) {
     struct Double : DeviceIDApplier {
         std::shared_ptr<ITelemetrySettingsManager> getSettings() const override { return own; }
         std::shared_ptr<fakes::FakeTelemetrySettings> own = std::make_shared<fakes::FakeTelemetrySettings>();
     } first;
     first.own->morlekDeviceId = "m1";
+    first.own->telemetryDeviceId = "t1";
     EXPECT_EQ(added(first), "{}");
-    EXPECT_EQ(property("morlek_device_id"), "\"m1\"");
+    EXPECT_EQ(first.getTelemetryDeviceId(), "t1");
 
-    settings->morlekDeviceId = "m2";
-    settings->telemetryDeviceId = "t";
-    DeviceIDApplier second;
+    DeviceIDApplier second;  // the process's settings have no ids
+    EXPECT_EQ(second.name_, "device_id_applier");
     added(second);
     EXPECT_EQ(property("morlek_device_id"), "\"m1\"");
-    EXPECT_EQ(second.getTelemetryDeviceId(), "t");
+    EXPECT_EQ(second.getTelemetryDeviceId(), "t1");
 }
 
-TEST_F(Appliers, AMissingDeviceIdStaysMissing) {
+TEST_F(Appliers, MissingDeviceIdsStayMissing) {
     DeviceIDApplier applier;
-    EXPECT_EQ(applier.getTelemetryDeviceId(), "");
-    added(applier);
-    settings->telemetryDeviceId = settings->morlekDeviceId = "late";
-    added(applier);
-    EXPECT_EQ(property("morlek_device_id"), "\"\"");
-    EXPECT_EQ(applier.getTelemetryDeviceId(), "");
+    for (int i = 0; i < 2; ++i) {
+        added(applier);
+        EXPECT_EQ(property("morlek_device_id"), "\"\"");
+        EXPECT_EQ(applier.getTelemetryDeviceId(), "");
+        settings->telemetryDeviceId = settings->morlekDeviceId = "late";
+    }
 }
 
 TEST_F(Appliers, SystemPropertiesAreKeptFromTheirFirstUse) {
     OSUtilsDeviceIdApplier applier;
-    EXPECT_EQ(added(applier), R"({"device_serial":"Unknown"})");
-    android::base::SetProperty("ro.serialno", "1WM");
+    EXPECT_EQ(applier.name_, "osutils_device_id_applier");
     android::base::SetProperty("ro.vendor.product.model_extended", "Model 2");
-    EXPECT_EQ(added(applier), R"({"device_serial":"Unknown"})");
-    EXPECT_EQ(OSUtilsDeviceIdApplier::getDeviceModelExtended(), "Model 2");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(added(applier), R"({"device_serial":"Unknown"})");
+        EXPECT_EQ(OSUtilsDeviceIdApplier::getDeviceModelExtended(), "Model 2");
+        android::base::SetProperty("ro.serialno", "late");
+        android::base::SetProperty("ro.vendor.product.model_extended", "late");
+    }
     SystemPropertyApplier passing;
+    EXPECT_EQ(passing.name_, "system_property_applier");
     EXPECT_EQ(added(passing), "{}");
 }
 
-TEST_F(Appliers, TheSerialNumberIsASystemProperty) {
-    android::base::SetProperty("ro.serialno", "1WM");
-    OSUtilsDeviceIdApplier applier;
-    EXPECT_EQ(added(applier), R"({"device_serial":"1WM"})");
-    EXPECT_EQ(OSUtilsDeviceIdApplier::getDeviceModelExtended(), "Unknown");
-}
-
 TEST_F(Appliers, ModesAreAskedForTheUserAndTheMomentOfCreation) {
-    DeviceSettingApplier applier;
-    settings->managedMode = -3;
+    struct Double : DeviceSettingApplier {
+        std::shared_ptr<ITelemetrySettingsManager> getSettings() const override { return own; }
+        std::shared_ptr<fakes::FakeTelemetrySettings> own = std::make_shared<fakes::FakeTelemetrySettings>();
+    } applier;
+    EXPECT_EQ(applier.name_, "device_setting_applier");
+    applier.own->managedMode = -3;
     EXPECT_EQ(added(applier, R"({"utl_realtime_ms":4294967297})"), R"({"account_mode":-1,"managed_mode":-3})");
-    EXPECT_EQ(settings->takeCalls(),
+    EXPECT_EQ(applier.own->takeCalls(),
               (Lines{"getManagedMode 4294967297000000 10", "getAccountMode 4294967297000000 10"}));
-
-    settings->accountMode = true;
-    EXPECT_EQ(added(applier, R"({"utl_realtime_ms":-1})", 10123), R"({"account_mode":1,"managed_mode":-3})");
-    EXPECT_EQ(settings->takeCalls(), (Lines{"getManagedMode -1000000 0", "getAccountMode -1000000 0"}));
-    added(applier, R"({"utl_realtime_ms":9223372036854775807})");
-    EXPECT_EQ(settings->takeCalls()[0], "getManagedMode -1000000 10") << "wraps";
+    applier.own->accountMode = true;
+    EXPECT_EQ(added(applier, R"({"utl_realtime_ms":9223372036854775807})", 10123),
+              R"({"account_mode":1,"managed_mode":-3})");
+    EXPECT_EQ(applier.own->takeCalls(), (Lines{"getManagedMode -1000000 0", "getAccountMode -1000000 0"})) << "wraps";
 }
 
-TEST_F(Appliers, TheCompositeEndsAtTheFirstError) {
+TEST_F(Appliers, CompositesPassOnTheFirstErrorAndTheLastResult) {
+    const auto calls = std::make_shared<Lines>();
+    const auto composite = [&](const Lines& inner) {
+        const auto stage = [&](size_t i) { return std::make_unique<fakes::FakeApplier>(calls, inner[i]); };
+        return std::make_unique<DeviceInfoApplier>(stage(0), stage(1), stage(2), stage(3));
+    };
+    const auto apply = [](IApplier& applier) {
+        return applier.apply(std::make_unique<TelemetryEventBundle>("e", 1U, false));
+    };
     const struct {
-        std::vector<std::string> inner;
+        Lines inner;
         Lines expected;
+        EventResult::State state;
     } cases[] = {
-        {{"1", "2", "3", "4"}, {"run 1", "run 2", "run 3", "run 4"}},
-        {{"1", "2!", "3", "4"}, {"run 1", "run 2!"}},
-        {{"1", "2", "3", "4!"}, {"run 1", "run 2", "run 3", "run 4!"}},
-        {{"1", "2", "3", "4?"}, {"run 1", "run 2", "run 3", "run 4?"}},
+        {{"1", "2", "3", "4"}, {"run 1", "run 2", "run 3", "run 4"}, EventResult::State::Value},
+        {{"1", "2!", "3", "4"}, {"run 1", "run 2!"}, EventResult::State::Error},
+        {{"1", "2", "3", "4!"}, {"run 1", "run 2", "run 3", "run 4!"}, EventResult::State::Error},
+        {{"1", "2", "3", "4?"}, {"run 1", "run 2", "run 3", "run 4?"}, EventResult::State::Empty},
     };
     for (const auto& c : cases) {
-        const auto calls = std::make_shared<Lines>();
-        const auto inner = [&](size_t i) { return std::make_unique<fakes::FakeApplier>(calls, c.inner[i]); };
-        DeviceInfoApplier composite(inner(0), inner(1), inner(2), inner(3));
-        ApplicationInfoApplier wrapped(std::make_unique<DeviceInfoApplier>(inner(0), inner(1), inner(2), inner(3)),
-                                       nullptr);
-        for (IApplier* applier : std::initializer_list<IApplier*>{&composite, &wrapped}) {
-            const EventResult result = applier->apply(std::make_unique<TelemetryEventBundle>("e", 1U, false));
-            EXPECT_EQ(std::exchange(*calls, {}), c.expected);
-            EXPECT_EQ(result.hasValue(), c.expected.back() == "run 4");
-            EXPECT_EQ(result.error(), c.expected.back().ends_with('!') ? fakes::kFakeError : std::error_code());
-        }
+        ApplicationInfoApplier wrapped(composite(c.inner), overrides);
+        EXPECT_EQ(wrapped.name_, "application_info_applier");
+        const EventResult result = apply(wrapped);
+        EXPECT_EQ(std::exchange(*calls, {}), c.expected);
+        EXPECT_EQ(result.state(), c.state);
+        EXPECT_EQ(result.error(), result.hasError() ? fakes::kFakeError : std::error_code());
     }
-    const auto inner = [&](const char* name) {
-        return std::make_unique<fakes::FakeApplier>(std::make_shared<Lines>(), name);
-    };
-    DeviceInfoApplier broken(inner("1"), inner("2"), inner("3?"), inner("4"));
-    EXPECT_DEATH(broken.apply(std::make_unique<TelemetryEventBundle>("e", 1U, false)).state(),
-                 "TelemetryService.*requireValue:1066 PANIC");
+    const auto broken = composite({"1", "2", "3?", "4"});
+    EXPECT_EQ(broken->name_, "device_info_applier");
+    EXPECT_DEATH(apply(*broken).state(), "TelemetryService.*requireValue:1066 PANIC");
 }
 
 TEST_F(Appliers, TheUserIdIsTheOverrideElseTheManagersElseZero) {
@@ -161,10 +146,16 @@ TEST_F(Appliers, TheUserIdIsTheOverrideElseTheManagersElseZero) {
         std::optional<Json::Value> override;
         const char* expected;
     } cases[] = {
-        {"7", std::nullopt, "\"7\""}, {"", std::nullopt, "\"0\""}, {"7", "123", "\"123\""},
-        {"", "abc", "\"abc\""},       {"7", "", "\"0\""},          {"7", 5, "\"7\""},
+        {"7", std::nullopt, "\"7\""},
+        {"", std::nullopt, "\"0\""},
+        {"7", "123", "\"123\""},
+        {"", "abc", "\"abc\""},
+        {"7", "", "\"0\""},
+        {"7", 5, "\"7\""},
+        {"7", std::string("1\0002", 3), "\"1\""},  // deliberate: an override ends at a NUL
     };
     IdentityApplier applier(services, overrides);
+    EXPECT_EQ(applier.name_, "identity_applier");
     for (const auto& c : cases) {
         services->userId = c.managers;
         overrides->values.clear();
@@ -186,10 +177,11 @@ TEST_F(Appliers, PackagesAreTheManagersUnlessOverridden) {
     const std::string reported =
         foreground +
         R"("sdk_app_package":"com.a","sdk_app_package_version_code":-1099511627776,"sdk_app_package_version_name":"1.2"})";
-    PackageInfoApplier applier(services, overrides);
     PackageInfoApplier withoutOverrides(services);
     EXPECT_EQ(added(withoutOverrides, data), reported);
     services->calls.clear();
+    PackageInfoApplier applier(services, overrides);
+    EXPECT_EQ(applier.name_, "package_info_applier");
     EXPECT_EQ(added(applier, data), reported);
     EXPECT_EQ(services->takeCalls(), (Lines{"package com.logger 1010123",  //
                                             "override 1010123 23 sdk_app_package_version_name",
@@ -205,6 +197,7 @@ TEST_F(Appliers, BothSequenceNumbersAreDrawnOnceTheGlobalOneFirst) {
     services->global = ~uint64_t{0};
     services->perType = ~uint64_t{0} - 1;
     SequenceNumberApplier applier(services);
+    EXPECT_EQ(applier.name_, "seq_num_applier");
     EXPECT_EQ(added(applier),
               R"({"global_sequence_number":18446744073709551615,"per_type_sequence_number":18446744073709551614})");
     EXPECT_EQ(services->takeCalls(), (Lines{"global", "number of e"}));
@@ -226,11 +219,12 @@ TEST_F(Appliers, SessionsGoToEveryEventOrToTheExemptOnes) {
         {"other", true, legacy, "{}", R"({"__sessions":{"s":1},"__sessions_v2":"now"})"},
         {kExempt, false, legacy, "{}", R"({"__sessions":{"s":1},"__sessions_v2":"now"})"},
         {kExempt, true, Json::nullValue, "{}", R"({"__sessions_v2":"now"})"},
-        {kExempt, false, false, R"({"__sessions_v2":"own"})", R"({"__sessions":false})"},
+        {kExempt, false, Json::objectValue, R"({"__sessions_v2":"own"})", R"({"__sessions":{}})"},
         {"other", false, legacy, R"({"__sessions_v2":""})", R"({"__sessions_v2":"now"})"},
     };
     services->sessionsV2 = "now";
     SessionsApplier applier(services);
+    EXPECT_EQ(applier.name_, "sessions_applier");
     for (const auto& c : cases) {
         services->attachToAll = c.attachToAll;
         services->sessions = c.sessions;
@@ -251,13 +245,13 @@ TEST_F(Appliers, TheTimestampIsNowLessTheAgeButNeverBelowZero) {
     };
     const auto clock = std::make_shared<FakeClock>();
     TimestampApplier applier(clock);
+    EXPECT_EQ(applier.name_, "timestamp_applier");
     const struct {
         AdjustedTimestamp now;
         const char* createdMs;
         const char* expected;
     } cases[] = {
         {{false, 10000, 20000}, "15000", R"({"adjusted":false,"timestamp":5000})"},
-        {{true, 5000, 20000}, "15000", R"({"adjusted":true,"timestamp":0})"},
         {{true, 4999, 20000}, "15000", R"({"adjusted":true,"timestamp":0})"},
         {{true, 1790000000000, 20000}, "20000", R"({"adjusted":true,"timestamp":1790000000000})"},
         {{true, 1790000000000, 20000}, "20001", R"({"adjusted":true,"timestamp":0})"},

@@ -10,14 +10,17 @@
 #include "telemetry/DeviceSettingApplier.h"
 #include "telemetry/IEventTracingManager.h"
 #include "telemetry/IHealthCountersManager.h"
-#include "telemetry/IIdentityManager.h"
-#include "telemetry/IPackageInfoManager.h"
-#include "telemetry/ISessionManager.h"
-#include "telemetry/ITelemetrySettingsManager.h"
+#include "telemetry/IdentityApplier.h"
 #include "telemetry/KeyValueDispatch.h"
-#include "telemetry/SequenceNumberManager.h"
+#include "telemetry/OSUtilsDeviceIdApplier.h"
+#include "telemetry/PackageInfoApplier.h"
+#include "telemetry/SequenceNumberApplier.h"
+#include "telemetry/SessionsApplier.h"
+#include "telemetry/SystemPropertyApplier.h"
 #include "telemetry/TelemetryEventBundle.h"
 #include "telemetry/TelemetryEventProcessorBuilder.h"
+#include "telemetry/TimestampApplier.h"
+#include "tests/fakes/FakeTelemetrySettings.h"
 
 // Services were compiled against these positions and sizes.
 
@@ -107,9 +110,14 @@ static_assert(sizeof(PackageInfo) == 2 * sizeof(std::string) + 8 && offsetof(Pac
               offsetof(PackageInfo, versionName) == sizeof(std::string) + 8);
 static_assert(sizeof(KeyValueDispatch) == sizeof(std::shared_ptr<int>) + sizeof(std::string) + 8);
 static_assert(sizeof(AppOverrideManager) == sizeof(void*) + 2 * sizeof(std::map<int, int>));
-static_assert(sizeof(DeviceIDApplier) == sizeof(IApplier) && sizeof(DeviceSettingApplier) == sizeof(IApplier));
-static_assert(sizeof(DeviceInfoApplier) == sizeof(IApplier) + 4 * sizeof(void*));
-static_assert(sizeof(ApplicationInfoApplier) == sizeof(IApplier) + sizeof(void*) + sizeof(std::shared_ptr<int>));
+template <typename Applier, typename... Members>
+constexpr bool kHolds = sizeof(Applier) == sizeof(IApplier) + (0 + ... + sizeof(Members));
+using Shared = std::shared_ptr<int>;
+static_assert(kHolds<DeviceIDApplier> && kHolds<OSUtilsDeviceIdApplier> && kHolds<DeviceSettingApplier> &&
+              kHolds<SystemPropertyApplier> && kHolds<DeviceInfoApplier, void*, void*, void*, void*> &&
+              kHolds<IdentityApplier, Shared, Shared> && kHolds<PackageInfoApplier, Shared, Shared> &&
+              kHolds<ApplicationInfoApplier, void*, Shared> && kHolds<SequenceNumberApplier, Shared> &&
+              kHolds<SessionsApplier, Shared> && kHolds<TimestampApplier, Shared>);
 
 template <typename T>
 T valueAt(const void* object, ptrdiff_t offset) {
@@ -126,6 +134,13 @@ TEST(InterfaceSlots, MembersStandInOrder) {
     };
     EXPECT_EQ(valueAt<uint32_t>(&event, offsetOf(&layout.uid)), 0x12345678U);
     EXPECT_EQ(valueAt<IntakeFormat>(&event, offsetOf(&layout.format)), IntakeFormat::HalAtom);
+
+    EXPECT_EQ(valueAt<Store>(std::make_unique<KeyValueDispatch>(Store::EventSchema, "", nullptr).get(), 48),
+              Store::EventSchema);
+    fakes::FakeTelemetrySettings::install()->clockAdjusted = true;
+    const AdjustedClock clock;
+    EXPECT_TRUE(valueAt<bool>(&clock, 8));
+    EXPECT_EQ(valueAt<int64_t>(&clock, 16), 0);
 
     static_assert(sizeof(EventResult) == 24);
     EventResult result;

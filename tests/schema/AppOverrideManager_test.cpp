@@ -17,6 +17,7 @@ TEST(AppOverrideManager, TakesTheKeysOfEachTypeOnly) {
 
     manager.setAppOverrideInt(kCode, 1, 10, 7);
     manager.setAppOverrideInt(kCode, 1LL << 40, 10, 7);
+    manager.setAppOverrideStr(kName, "1.0", 10, 7);
     manager.setAppOverrideStr(kName, "2.0", 10, 7);
     manager.setAppOverrideStr("id", "x", 10, 7);
     EXPECT_EQ(manager.getAllOverrides(10, 7),
