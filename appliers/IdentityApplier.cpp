@@ -22,7 +22,7 @@ EventResult IdentityApplier::apply(std::unique_ptr<TelemetryEvent> event) {
 
     std::string id = identityManager_->getUserIdForUid(uid);
     const std::optional<Json::Value> override = overrideManager_->getOverrideForKey(uid, event->appId(), kId);
-    if (override && override->isString()) id = override->asCString();
+    if (override && override->isString()) id = override->asCString();  // deliberate: up to a NUL
     if (id.empty()) id = "0";
     event->addProperty(kId, std::move(id));
     return event;

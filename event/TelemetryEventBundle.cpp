@@ -69,8 +69,9 @@ const Json::Value& TelemetryEventBundle::data() const { return std::as_const(doc
 
 /// Like `getFromEventMetadata`, without copying what the data holds: `storage` takes what the bundle holds.
 const Json::Value& TelemetryEventBundle::metadata(std::string_view key, Json::Value& storage) const {
-    if (data().isObject()) {
-        const Json::Value* member = data().find(key.data(), key.data() + key.size());
+    const Json::Value& members = data();
+    if (members.isObject()) {
+        const Json::Value* member = members.find(key.data(), key.data() + key.size());
         if (member) return *member;
     }
     const bool isInData = converted_ && conversionSucceeded_;

@@ -32,10 +32,15 @@ Json::Value parseFile(InputFile& file) {
     return root;
 }
 
-constexpr auto into = [](auto& out) { return JsonNode::into(out); };
+void readIds(const JsonNode& node, Device& device) {
+    node.object({{"telemetry", into(device.telemetryId)}, {"morlek", into(device.morlekId)}});
+}
 
-void readUser(const JsonNode& node, Device::User& user) {
-    node.object({{"managed_mode", into(user.managedMode)}, {"account_mode", into(user.accountMode)}});
+void readUsers(const JsonNode& node, Device& device) {
+    node.numbered<int32_t>([&](int32_t id, const JsonNode& member) {
+        Device::User& user = device.users[id];
+        member.object({{"managed_mode", into(user.managedMode)}, {"account_mode", into(user.accountMode)}});
+    });
 }
 
 void readPackages(const JsonNode& node, Device& device) {
@@ -53,9 +58,6 @@ void readForeground(const JsonNode& node, PackageInfo& foreground) {
 }
 
 void readSessions(const JsonNode& node, Device::Sessions& sessions) {
-    const auto readLegacy = [&](const JsonNode& users) {
-        users.numbered<int32_t>([&](int32_t user, const JsonNode& context) { context.read(sessions.legacy[user]); });
-    };
     const auto readContext = [&](const JsonNode& element) {
         int64_t sinceMs = 0;
         std::string context;
@@ -63,7 +65,7 @@ void readSessions(const JsonNode& node, Device::Sessions& sessions) {
         if (!sessions.contexts.emplace(sinceMs, context).second) element.fail("another one has the same since_ms");
     };
     node.object({{"attach_to_all_events", into(sessions.attachToAllEvents)},
-                 {"legacy", readLegacy},
+                 {"legacy", into(sessions.legacy)},
                  {"v2", [&](const JsonNode& contexts) { contexts.elements(readContext); }}});
 }
 
@@ -71,21 +73,22 @@ void readAppOverrides(const JsonNode& node, IAppOverrideManager& overrides) {
     node.numbered<uint32_t>([&](uint32_t uid, const JsonNode& apps) {
         apps.numbered<int64_t>([&](int64_t appId, const JsonNode& app) {
             if (appId == 0) app.fail("0 stands for no application, which has no overrides");
-            const auto text = [&](const char* key) {
-                return JsonNode::Field{key, [&, key](const JsonNode& value) {
-                                           std::string string;
-                                           value.read(string);
-                                           overrides.setAppOverrideStr(key, string, uid, appId);
-                                       }};
-            };
-            const auto setCode = [&](const JsonNode& value) {
-                int64_t code = 0;
-                value.read(code);
-                overrides.setAppOverrideInt("sdk_app_package_version_code", code, uid, appId);
-            };
-            app.object({text("id"), text("sdk_app_package_version_name"), {"sdk_app_package_version_code", setCode}});
+            std::optional<std::string> id, versionName;
+            std::optional<int64_t> versionCode;
+            app.object({{"id", into(id)},
+                        {"sdk_app_package_version_name", into(versionName)},
+                        {"sdk_app_package_version_code", into(versionCode)}});
+            if (id) overrides.setAppOverrideStr("id", *id, uid, appId);
+            if (versionName) overrides.setAppOverrideStr("sdk_app_package_version_name", *versionName, uid, appId);
+            if (versionCode) overrides.setAppOverrideInt("sdk_app_package_version_code", *versionCode, uid, appId);
         });
     });
+}
+
+void readClock(const JsonNode& node, Device::Clock& clock) {
+    node.object({{"adjusted", into(clock.adjusted)},
+                 {"time_ms", into(clock.timeMs)},
+                 {"boot_time_ms", into(clock.bootTimeMs)}});
 }
 
 }  // namespace
@@ -95,32 +98,15 @@ Device readDevice(InputFile& file) {
     const Json::Value root = parseFile(file);
     JsonNode(root, file.name())
         .object({
-            {"device_ids",
-             [&](const JsonNode& node) {
-                 node.object({{"telemetry", into(device.telemetryId)}, {"morlek", into(device.morlekId)}});
-             }},
-            {"system_properties",
-             [&](const JsonNode& node) {
-                 node.members([&](const auto& name, const auto& value) { value.read(device.systemProperties[name]); });
-             }},
-            {"users",
-             [&](const JsonNode& node) {
-                 node.numbered<int32_t>([&](int32_t id, const auto& user) { readUser(user, device.users[id]); });
-             }},
-            {"identities",
-             [&](const JsonNode& node) {
-                 node.numbered<uint32_t>([&](uint32_t uid, const auto& id) { id.read(device.identities[uid]); });
-             }},
+            {"device_ids", [&](const JsonNode& node) { readIds(node, device); }},
+            {"system_properties", into(device.systemProperties)},
+            {"users", [&](const JsonNode& node) { readUsers(node, device); }},
+            {"identities", into(device.identities)},
             {"packages", [&](const JsonNode& node) { readPackages(node, device); }},
             {"foreground", [&](const JsonNode& node) { readForeground(node, device.foreground); }},
             {"sessions", [&](const JsonNode& node) { readSessions(node, device.sessions); }},
             {"app_overrides", [&](const JsonNode& node) { readAppOverrides(node, *device.appOverrides); }},
-            {"clock",
-             [&](const JsonNode& node) {
-                 node.object({{"adjusted", into(device.clock.adjusted)},
-                              {"time_ms", into(device.clock.timeMs)},
-                              {"boot_time_ms", into(device.clock.bootTimeMs)}});
-             }},
+            {"clock", [&](const JsonNode& node) { readClock(node, device.clock); }},
         });
     return device;
 }

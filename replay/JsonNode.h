@@ -7,6 +7,7 @@
 #include <functional>
 #include <initializer_list>
 #include <limits>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -38,11 +39,15 @@ public:
     void read(std::optional<T>& out) const {
         read(out.emplace());
     }
-
-    /// Reads a field into a variable, which is lent.
+    /// Members by name.
     template <typename T>
-    static Use into(T& out) {
-        return [&out](const JsonNode& node) { node.read(out); };
+    void read(std::map<std::string, T>& out) const {
+        members([&](const std::string& name, const JsonNode& member) { member.read(out[name]); });
+    }
+    /// Members by number.
+    template <typename Integer, typename T>
+    void read(std::map<Integer, T>& out) const {
+        numbered<Integer>([&](Integer number, const JsonNode& member) { member.read(out[number]); });
     }
 
     /// An object with these fields and no others. Each may be absent.
@@ -77,5 +82,11 @@ private:
     const std::string& file_;
     const std::string path_;
 };
+
+/// Reads a field into a variable, which is lent.
+template <typename T>
+JsonNode::Use into(T& out) {
+    return [&out](const JsonNode& node) { node.read(out); };
+}
 
 }  // namespace Velo::OS::Telemetry::replay

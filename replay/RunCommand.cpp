@@ -74,8 +74,9 @@ bool finishTrace(RunFiles& files, Console& console) {
 }
 
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
+    Device device = files.device ? readDevice(*files.device) : Device();
     const auto sequenceNumbers = std::make_shared<StoredSequenceNumbers>(files.store);
-    const auto processor = buildDevicePipeline(files.device ? readDevice(*files.device) : Device(), sequenceNumbers);
+    const auto processor = buildDevicePipeline(std::move(device), sequenceNumbers);
     files.emptyOutputs();
     const auto badLines = options.strict ? Replay::BadLines::Stop : Replay::BadLines::Continue;
     Replay replay(files, *processor, console, badLines);

@@ -21,7 +21,6 @@ StoreFile::StoreFile(const std::string& path) : path_(path) {
     database_.reset(database);
     check(result, SQLITE_OK);
     check(sqlite3_busy_timeout(database, kPatienceMs), SQLITE_OK);
-    run("PRAGMA user_version");  // the first read, which tells whether the file is a store at all
 }
 
 void StoreFile::check(int result, int expected) const {
@@ -58,8 +57,8 @@ int64_t StoreFile::Statement::run() {
         number = sqlite3_column_int64(statement_.get(), 0);
         result = sqlite3_step(statement_.get());
     }
+    sqlite3_reset(statement_.get());  // repeats the failure of a step that failed
     file_->check(result, SQLITE_DONE);
-    sqlite3_reset(statement_.get());
     return number;
 }
 

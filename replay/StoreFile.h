@@ -13,7 +13,8 @@ namespace Velo::OS::Telemetry::replay {
 /// fails throws `FileError`, "cannot use store.db: database is locked".
 class StoreFile {
 public:
-    /// Opens the file and creates it if there is none. An empty path stands for a file that vanishes afterwards.
+    /// An empty path stands for a file that vanishes afterwards. A file that is no store fails at its first use, which
+    /// also creates it if there is none.
     explicit StoreFile(const std::string& path);
 
     /// SQL with parameters, prepared once and run often. Must not outlive the file.
@@ -23,8 +24,8 @@ public:
 
         Statement& bind(int parameter, const std::string& text);
         Statement& bind(int parameter, int64_t number);
-        /// Runs the statement, which yields at most one row, with the parameters bound, and forgets these. The first
-        /// column of the row; 0 without one.
+        /// Runs the statement, which yields at most one row, with the parameters last bound. The first column of the
+        /// row; 0 without one.
         int64_t run();
 
     private:

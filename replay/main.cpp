@@ -62,8 +62,7 @@ Examples:
 void addRunCommand(CLI::App& app, RunOptions& options) {
     CLI::App* run = app.add_subcommand("run", kRunDescription);
     run->add_option("FILE", options.inputs, "Files of events; none or - is standard input")->type_name("");
-    run->add_option("--device", options.device, "Run on the device that FILE describes")
-        ->type_name("FILE");
+    run->add_option("--device", options.device, "Run on the device that FILE describes")->type_name("FILE");
     run->add_option("--store", options.store, "Keep sequence numbers from run to run in FILE, an SQLite database")
         ->type_name("FILE");
     run->add_option("-o,--output", options.output, "Write the events to FILE instead of standard output")

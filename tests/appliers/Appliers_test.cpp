@@ -51,10 +51,7 @@ protected:
 };
 
 TEST_F(Appliers, DeviceIdsAreKeptFromTheirFirstUse) {
-    struct Double : DeviceIDApplier {
-        std::shared_ptr<ITelemetrySettingsManager> getSettings() const override { return own; }
-        std::shared_ptr<fakes::FakeTelemetrySettings> own = std::make_shared<fakes::FakeTelemetrySettings>();
-    } first;
+    fakes::WithOwnSettings<DeviceIDApplier> first;
     first.own->morlekDeviceId = "m1";
     first.own->telemetryDeviceId = "t1";
     EXPECT_EQ(added(first), "{}");
@@ -93,10 +90,7 @@ TEST_F(Appliers, SystemPropertiesAreKeptFromTheirFirstUse) {
 }
 
 TEST_F(Appliers, ModesAreAskedForTheUserAndTheMomentOfCreation) {
-    struct Double : DeviceSettingApplier {
-        std::shared_ptr<ITelemetrySettingsManager> getSettings() const override { return own; }
-        std::shared_ptr<fakes::FakeTelemetrySettings> own = std::make_shared<fakes::FakeTelemetrySettings>();
-    } applier;
+    fakes::WithOwnSettings<DeviceSettingApplier> applier;
     EXPECT_EQ(applier.name_, "device_setting_applier");
     applier.own->managedMode = -3;
     EXPECT_EQ(added(applier, R"({"utl_realtime_ms":4294967297})"), R"({"account_mode":-1,"managed_mode":-3})");
@@ -137,7 +131,7 @@ TEST_F(Appliers, CompositesPassOnTheFirstErrorAndTheLastResult) {
     }
     const auto broken = composite({"1", "2", "3?", "4"});
     EXPECT_EQ(broken->name_, "device_info_applier");
-    EXPECT_DEATH(apply(*broken).state(), "TelemetryService.*requireValue:1066 PANIC");
+    EXPECT_DEATH(apply(*broken).state(), "TelemetryService F .*requireValue:1066 PANIC");
 }
 
 TEST_F(Appliers, TheUserIdIsTheOverrideElseTheManagersElseZero) {
@@ -152,7 +146,7 @@ TEST_F(Appliers, TheUserIdIsTheOverrideElseTheManagersElseZero) {
         {"", "abc", "\"abc\""},
         {"7", "", "\"0\""},
         {"7", 5, "\"7\""},
-        {"7", std::string("1\0002", 3), "\"1\""},  // deliberate: an override ends at a NUL
+        {"7", std::string("1\0002", 3), "\"1\""},
     };
     IdentityApplier applier(services, overrides);
     EXPECT_EQ(applier.name_, "identity_applier");

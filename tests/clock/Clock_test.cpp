@@ -93,28 +93,30 @@ protected:
 };
 
 TEST_F(Clock, IsMonotonicUntilAdjustedAndMeasuresOnce) {
-    AdjustedClock clock;
+    fakes::WithOwnSettings<AdjustedClock> clock;
     expectTime(clock, false, 4000, 9000);
     EXPECT_EQ(clock.getAdjustmentInMs(), std::nullopt);
 
     reads.clear();
     clock.adjustClock();
     EXPECT_EQ(reads, (std::vector{kWall, kMonotonic}));
-    EXPECT_EQ(settings->takeCalls(), (Lines{"adjusted", "adjustment 1699999996000"}));
+    EXPECT_EQ(clock.own->takeCalls(), (Lines{"adjusted", "adjustment 1699999996000"}));
+    EXPECT_EQ(clock.asked, 2) << "afresh for each";
     EXPECT_EQ(clock.getAdjustmentInMs(), 1'699'999'996'000);
     expectTime(clock, true, 1'700'000'000'000, 9000);
 
     readingsMs[kMonotonic] = 5000;
     clock.adjustClock();
-    EXPECT_EQ(settings->takeCalls(), Lines{});
+    EXPECT_EQ(clock.own->takeCalls(), Lines{});
     EXPECT_EQ(clock.getAdjustmentInMs(), 1'699'999'996'000);
 
     clock.resetIsAdjusted();
-    EXPECT_EQ(settings->takeCalls(), Lines{"not adjusted"});
+    EXPECT_EQ(clock.own->takeCalls(), Lines{"not adjusted"});
     EXPECT_EQ(clock.getAdjustmentInMs(), std::nullopt);
     expectTime(clock, false, 5000, 9000);
     clock.adjustClock();
     EXPECT_EQ(clock.getAdjustmentInMs(), 1'699'999'995'000);
+    EXPECT_EQ(settings->takeCalls(), Lines{});
 }
 
 TEST_F(Clock, StartsInThePersistedStateWithoutThePersistedAdjustment) {
@@ -125,7 +127,9 @@ TEST_F(Clock, StartsInThePersistedStateWithoutThePersistedAdjustment) {
     EXPECT_EQ(clock.getAdjustmentInMs(), 0);
     clock.adjustClock();
     EXPECT_EQ(clock.getAdjustmentInMs(), 0);
-    EXPECT_EQ(settings->takeCalls(), Lines{});
+    EXPECT_EQ(settings->takeCalls(), Lines{}) << "it is adjusted already";
+    clock.resetIsAdjusted();
+    EXPECT_EQ(settings->takeCalls(), Lines{"not adjusted"});
 }
 
 TEST_F(Clock, AClockThatFailsIsLoggedAndShowsZero) {
@@ -138,22 +142,6 @@ TEST_F(Clock, AClockThatFailsIsLoggedAndShowsZero) {
     clock.adjustClock();
     EXPECT_EQ(clock.getAdjustmentInMs(), -4000);
     EXPECT_EQ(log.take(), Lines{message});
-}
-
-TEST_F(Clock, PersistsInTheSettingsThatADoubleSupplies) {
-    struct Double : AdjustedClock {
-        std::shared_ptr<ITelemetrySettingsManager> getSettings() const override {
-            ++asked;
-            return own;
-        }
-        std::shared_ptr<fakes::FakeTelemetrySettings> own = std::make_shared<fakes::FakeTelemetrySettings>();
-        mutable int asked = 0;
-    } clock;
-    clock.adjustClock();
-    EXPECT_EQ(clock.asked, 2);
-    clock.resetIsAdjusted();
-    EXPECT_EQ(clock.own->takeCalls(), (Lines{"adjusted", "adjustment 1699999996000", "not adjusted"}));
-    EXPECT_EQ(settings->takeCalls(), Lines{});
 }
 
 TEST_F(Clock, TheEventCacheIsAdjustedUntilThatSucceedsOnce) {

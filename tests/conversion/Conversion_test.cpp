@@ -76,26 +76,6 @@ TEST(BundleToJson, Arrays) {
     EXPECT_EQ(converted(bundleOf(R"({"utl_array_of_bundles":true})"), "{}"), "refused");
 }
 
-// A parcel of another process can hold a key under two types, which no operation of a bundle leads to.
-template <auto Map>
-struct Opened {
-    friend auto& booleansOf(Bundle& bundle) { return bundle.*Map; }
-};
-template struct Opened<&Bundle::mBoolMap>;
-auto& booleansOf(Bundle& bundle);
-
-TEST(BundleToJson, KeysOfTwoTypes) {
-    const auto withBool = [](const char* object, const char* key) {
-        Bundle bundle = bundleOf(object);
-        booleansOf(bundle)[String16(key)] = true;
-        return bundle;
-    };
-    EXPECT_EQ(converted(withBool(R"({"k":"the later type wins"})", "k")), R"({"k":"the later type wins"})");
-    EXPECT_EQ(converted(withBool(R"({"k":{}})", "k")), "refused");
-    EXPECT_EQ(converted(withBool(R"({"utl_array_of_bundles":1,"0":5})", "0")), "refused");
-    EXPECT_EQ(text(getScalarValueFromBundle(withBool(R"({"k":5})", "k"), "k")), "true");
-}
-
 TEST(BundleToJson, ReadsOneScalar) {
     const char* const object =
         R"({"b":false,"d":0.5,"i":-1,"l":9223372036854775807,"o":{"k":1},"s":"\u20ac","v":["x"]})";

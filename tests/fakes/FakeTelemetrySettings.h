@@ -61,4 +61,16 @@ private:
     std::vector<std::string> calls_;
 };
 
+/// A clock or stage that asks settings of its own.
+template <typename Base>
+struct WithOwnSettings : Base {
+    std::shared_ptr<ITelemetrySettingsManager> getSettings() const override {
+        ++asked;
+        return own;
+    }
+
+    std::shared_ptr<FakeTelemetrySettings> own = std::make_shared<FakeTelemetrySettings>();
+    mutable int asked = 0;
+};
+
 }  // namespace Velo::OS::Telemetry::fakes
