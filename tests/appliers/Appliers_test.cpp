@@ -1,6 +1,8 @@
 #include <android-base/properties.h>
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "telemetry/ApplicationInfoApplier.h"
 #include "telemetry/DeviceIDApplier.h"
 #include "telemetry/DeviceInfoApplier.h"
@@ -46,7 +48,6 @@ protected:
 
     std::shared_ptr<fakes::FakeTelemetrySettings> settings = fakes::FakeTelemetrySettings::install();
     std::shared_ptr<fakes::FakeServices> services = std::make_shared<fakes::FakeServices>();
-    std::shared_ptr<fakes::FakeOverrides> overrides = std::make_shared<fakes::FakeOverrides>(services);
     std::string header;
 };
 
@@ -111,22 +112,18 @@ TEST_F(Appliers, CompositesPassOnTheFirstErrorAndTheLastResult) {
     const auto apply = [](IApplier& applier) {
         return applier.apply(std::make_unique<TelemetryEventBundle>("e", 1U, false));
     };
-    const struct {
-        Lines inner;
-        Lines expected;
-        EventResult::State state;
-    } cases[] = {
+    const std::tuple<Lines, Lines, EventResult::State> cases[] = {
         {{"1", "2", "3", "4"}, {"run 1", "run 2", "run 3", "run 4"}, EventResult::State::Value},
         {{"1", "2!", "3", "4"}, {"run 1", "run 2!"}, EventResult::State::Error},
         {{"1", "2", "3", "4!"}, {"run 1", "run 2", "run 3", "run 4!"}, EventResult::State::Error},
         {{"1", "2", "3", "4?"}, {"run 1", "run 2", "run 3", "run 4?"}, EventResult::State::Empty},
     };
-    for (const auto& c : cases) {
-        ApplicationInfoApplier wrapped(composite(c.inner), overrides);
+    for (const auto& [inner, expected, state] : cases) {
+        ApplicationInfoApplier wrapped(composite(inner), services);
         EXPECT_EQ(wrapped.name_, "application_info_applier");
         const EventResult result = apply(wrapped);
-        EXPECT_EQ(std::exchange(*calls, {}), c.expected);
-        EXPECT_EQ(result.state(), c.state);
+        EXPECT_EQ(std::exchange(*calls, {}), expected);
+        EXPECT_EQ(result.state(), state);
         EXPECT_EQ(result.error(), result.hasError() ? fakes::kFakeError : std::error_code());
     }
     const auto broken = composite({"1", "2", "3?", "4"});
@@ -135,28 +132,24 @@ TEST_F(Appliers, CompositesPassOnTheFirstErrorAndTheLastResult) {
 }
 
 TEST_F(Appliers, TheUserIdIsTheOverrideElseTheManagersElseZero) {
-    const struct {
-        const char* managers;
-        std::optional<Json::Value> override;
-        const char* expected;
-    } cases[] = {
-        {"7", std::nullopt, "\"7\""},
-        {"", std::nullopt, "\"0\""},
+    const std::tuple<const char*, Json::Value, const char*> cases[] = {
+        {"7", Json::nullValue, "\"7\""},
+        {"", Json::nullValue, "\"0\""},
         {"7", "123", "\"123\""},
         {"", "abc", "\"abc\""},
         {"7", "", "\"0\""},
-        {"7", 5, "\"7\""},
         {"7", std::string("1\0002", 3), "\"1\""},
+        {"7", 5, "\"7\""},
     };
-    IdentityApplier applier(services, overrides);
+    IdentityApplier applier(services, services);
     EXPECT_EQ(applier.name_, "identity_applier");
-    for (const auto& c : cases) {
-        services->userId = c.managers;
-        overrides->values.clear();
-        if (c.override) overrides->values["id"] = *c.override;
+    for (const auto& [managers, override, expected] : cases) {
+        services->userId = managers;
+        services->overrides.clear();
+        if (!override.isNull()) services->overrides["id"] = override;
         EXPECT_EQ(added(applier, R"({"utl_app_id":23})"), "{}");
-        EXPECT_EQ(property("id"), c.expected);
-        EXPECT_EQ(services->takeCalls(), (Lines{"user id 1010123", "override 1010123 23 id"}));
+        EXPECT_EQ(property("id"), expected);
+        EXPECT_EQ(services->takeCalls(), (Lines{"user id 1010123", "override id 1010123 23"}));
     }
     added(applier, R"({"id":42})");
     EXPECT_EQ(property("id"), "null");
@@ -166,25 +159,22 @@ TEST_F(Appliers, TheUserIdIsTheOverrideElseTheManagersElseZero) {
 TEST_F(Appliers, PackagesAreTheManagersUnlessOverridden) {
     services->package = {"com.a", -(1LL << 40), "1.2"};
     services->foreground = {"com.f", 9, "9.9"};
+    const auto expected = [](const std::string& code, const std::string& name) {
+        return R"({"fg_app_package_name":"com.f","fg_app_package_version":"9.9","sdk_app_package":"com.a",)"
+               R"("sdk_app_package_version_code":)" +
+               code + R"(,"sdk_app_package_version_name":)" + name + "}";
+    };
     const std::string data = R"({"utl_logging_package":"com.logger","utl_app_id":23})";
-    const std::string foreground = R"({"fg_app_package_name":"com.f","fg_app_package_version":"9.9",)";
-    const std::string reported =
-        foreground +
-        R"("sdk_app_package":"com.a","sdk_app_package_version_code":-1099511627776,"sdk_app_package_version_name":"1.2"})";
     PackageInfoApplier withoutOverrides(services);
-    EXPECT_EQ(added(withoutOverrides, data), reported);
-    services->calls.clear();
-    PackageInfoApplier applier(services, overrides);
-    EXPECT_EQ(applier.name_, "package_info_applier");
-    EXPECT_EQ(added(applier, data), reported);
-    EXPECT_EQ(services->takeCalls(), (Lines{"package com.logger 1010123",  //
-                                            "override 1010123 23 sdk_app_package_version_name",
-                                            "override 1010123 23 sdk_app_package_version_code", "foreground"}));
+    EXPECT_EQ(added(withoutOverrides, data), expected("-1099511627776", R"("1.2")"));
+    EXPECT_EQ(services->takeCalls(), (Lines{"com.logger 1010123", "foreground 0"}));
 
-    overrides->values = {{"sdk_app_package_version_name", Json::arrayValue}, {"sdk_app_package_version_code", "5"}};
-    EXPECT_EQ(added(applier, data),
-              foreground +
-                  R"("sdk_app_package":"com.a","sdk_app_package_version_code":"5","sdk_app_package_version_name":[]})");
+    services->overrides = {{"sdk_app_package_version_name", Json::arrayValue}, {"sdk_app_package_version_code", "5"}};
+    PackageInfoApplier applier(services, services);
+    EXPECT_EQ(applier.name_, "package_info_applier");
+    EXPECT_EQ(added(applier, data), expected(R"("5")", "[]"));
+    EXPECT_EQ(services->takeCalls(), (Lines{"com.logger 1010123", "override sdk_app_package_version_name 1010123 23",
+                                            "override sdk_app_package_version_code 1010123 23", "foreground 0"}));
 }
 
 TEST_F(Appliers, BothSequenceNumbersAreDrawnOnceTheGlobalOneFirst) {
@@ -194,42 +184,32 @@ TEST_F(Appliers, BothSequenceNumbersAreDrawnOnceTheGlobalOneFirst) {
     EXPECT_EQ(applier.name_, "seq_num_applier");
     EXPECT_EQ(added(applier),
               R"({"global_sequence_number":18446744073709551615,"per_type_sequence_number":18446744073709551614})");
-    EXPECT_EQ(services->takeCalls(), (Lines{"global", "number of e"}));
     EXPECT_TRUE(applier.apply(std::make_unique<TelemetryEventBundle>("p", 1U, true)).hasValue());
-    EXPECT_EQ(services->takeCalls(), (Lines{"global, priority", "number of p"}));
+    EXPECT_EQ(services->calls, (Lines{"global 0", "e 0", "global 1", "p 0"}));
 }
 
 TEST_F(Appliers, SessionsGoToEveryEventOrToTheExemptOnes) {
-    constexpr char kExempt[] = "arvo_pairing_completed";
+    const std::string exempt = "arvo_pairing_completed";
     const Json::Value legacy = fakes::parsed(R"({"s":1})");
-    const struct {
-        const char* name;
-        bool attachToAll;
-        Json::Value sessions;
-        const char* data;
-        const char* expected;
-    } cases[] = {
-        {"other", false, legacy, "{}", R"({"__sessions_v2":"now"})"},
+    const std::tuple<std::string, bool, Json::Value, const char*, const char*> cases[] = {
+        {"other", false, legacy, R"({"utl_realtime_ms":7})", R"({"__sessions_v2":"now"})"},
         {"other", true, legacy, "{}", R"({"__sessions":{"s":1},"__sessions_v2":"now"})"},
-        {kExempt, false, legacy, "{}", R"({"__sessions":{"s":1},"__sessions_v2":"now"})"},
-        {kExempt, true, Json::nullValue, "{}", R"({"__sessions_v2":"now"})"},
-        {kExempt, false, Json::objectValue, R"({"__sessions_v2":"own"})", R"({"__sessions":{}})"},
+        {exempt, false, legacy, "{}", R"({"__sessions":{"s":1},"__sessions_v2":"now"})"},
+        {exempt, true, Json::nullValue, "{}", R"({"__sessions_v2":"now"})"},
+        {exempt, false, Json::objectValue, R"({"__sessions_v2":"own"})", R"({"__sessions":{}})"},
         {"other", false, legacy, R"({"__sessions_v2":""})", R"({"__sessions_v2":"now"})"},
     };
     services->sessionsV2 = "now";
     SessionsApplier applier(services);
     EXPECT_EQ(applier.name_, "sessions_applier");
-    for (const auto& c : cases) {
-        services->attachToAll = c.attachToAll;
-        services->sessions = c.sessions;
-        EXPECT_EQ(added(applier, c.data, 1010123, c.name), c.expected);
-        Lines calls = {"sessions at 0"};
-        if (c.attachToAll || c.name == kExempt) calls.emplace_back("sessions 10");
+    for (const auto& [name, attachToAll, sessions, data, expected] : cases) {
+        services->attachToAll = attachToAll;
+        services->sessions = sessions;
+        EXPECT_EQ(added(applier, data, 1010123, name), expected);
+        Lines calls = {"sessions at " + std::to_string(fakes::parsed(data)["utl_realtime_ms"].asInt64() * 1'000'000)};
+        if (attachToAll || name == exempt) calls.emplace_back("sessions 10");
         EXPECT_EQ(services->takeCalls(), calls);
     }
-    services->sessionsV2 = "";
-    EXPECT_EQ(added(applier, R"({"utl_realtime_ms":7})"), R"({"__sessions_v2":""})");
-    EXPECT_EQ(services->calls[0], "sessions at 7000000");
 }
 
 TEST_F(Appliers, TheTimestampIsNowLessTheAgeButNeverBelowZero) {
@@ -240,21 +220,17 @@ TEST_F(Appliers, TheTimestampIsNowLessTheAgeButNeverBelowZero) {
     const auto clock = std::make_shared<FakeClock>();
     TimestampApplier applier(clock);
     EXPECT_EQ(applier.name_, "timestamp_applier");
-    const struct {
-        AdjustedTimestamp now;
-        const char* createdMs;
-        const char* expected;
-    } cases[] = {
-        {{false, 10000, 20000}, "15000", R"({"adjusted":false,"timestamp":5000})"},
-        {{true, 4999, 20000}, "15000", R"({"adjusted":true,"timestamp":0})"},
-        {{true, 1790000000000, 20000}, "20000", R"({"adjusted":true,"timestamp":1790000000000})"},
-        {{true, 1790000000000, 20000}, "20001", R"({"adjusted":true,"timestamp":0})"},
-        {{false, 10000, 20000}, "-1", R"({"adjusted":false,"timestamp":0})"},
-        {{true, ~uint64_t{0}, 20000}, "20000", R"({"adjusted":true,"timestamp":18446744073709551615})"},
+    const std::tuple<AdjustedTimestamp, int64_t, const char*> cases[] = {
+        {{false, 10000, 20000}, 15000, R"({"adjusted":false,"timestamp":5000})"},
+        {{true, 4999, 20000}, 15000, R"({"adjusted":true,"timestamp":0})"},
+        {{true, 1790000000000, 20000}, 20000, R"({"adjusted":true,"timestamp":1790000000000})"},
+        {{true, 1790000000000, 20000}, 20001, R"({"adjusted":true,"timestamp":0})"},
+        {{false, 10000, 20000}, -1, R"({"adjusted":false,"timestamp":0})"},
+        {{true, ~uint64_t{0}, 20000}, 20000, R"({"adjusted":true,"timestamp":18446744073709551615})"},
     };
-    for (const auto& c : cases) {
-        clock->now = c.now;
-        EXPECT_EQ(added(applier, std::string(R"({"utl_realtime_ms":)") + c.createdMs + "}"), c.expected);
+    for (const auto& [now, createdMs, expected] : cases) {
+        clock->now = now;
+        EXPECT_EQ(added(applier, R"({"utl_realtime_ms":)" + std::to_string(createdMs) + "}"), expected);
     }
 }
 

@@ -14,37 +14,26 @@
 namespace Velo::OS::Telemetry::fakes {
 
 /// Everything that appliers ask. Answers from its members and keeps what it is asked, in order.
-struct FakeServices : IIdentityManager, IPackageInfoManager, SequenceNumberManager, ISessionManager {
-    std::string getUserIdForUid(uint32_t uid) override {
-        calls.push_back("user id " + std::to_string(uid));
-        return userId;
-    }
-    PackageInfo getPackageInfo(const std::string& name, uint32_t uid) override {
-        calls.push_back("package " + name + " " + std::to_string(uid));
-        return package;
-    }
-    PackageInfo getForegroundPackageInfo() override {
-        calls.push_back("foreground");
-        return foreground;
-    }
-    uint64_t getNextGlobalSequenceNumber(bool priority) override {
-        calls.push_back(priority ? "global, priority" : "global");
-        return global;
-    }
-    uint64_t getNextPerTypeSequenceNumber(const std::string& eventName) override {
-        calls.push_back("number of " + eventName);
-        return perType;
-    }
-    Json::Value getSessions(int32_t androidUser) override {
-        calls.push_back("sessions " + std::to_string(androidUser));
-        return sessions;
-    }
+struct FakeServices : IIdentityManager,
+                      IPackageInfoManager,
+                      SequenceNumberManager,
+                      ISessionManager,
+                      AppOverrideManager {
+    std::string getUserIdForUid(uint32_t uid) override { return asked("user id", uid), userId; }
+    PackageInfo getPackageInfo(const std::string& name, uint32_t uid) override { return asked(name, uid), package; }
+    PackageInfo getForegroundPackageInfo() override { return asked("foreground", 0), foreground; }
+    uint64_t getNextGlobalSequenceNumber(bool priority) override { return asked("global", priority), global; }
+    uint64_t getNextPerTypeSequenceNumber(const std::string& name) override { return asked(name, 0), perType; }
+    Json::Value getSessions(int32_t user) override { return asked("sessions", user), sessions; }
     bool shouldAttachSessionsToAllEvents() override { return attachToAll; }
-    std::string getSessionsV2(int64_t momentNs) override {
-        calls.push_back("sessions at " + std::to_string(momentNs));
-        return sessionsV2;
+    std::string getSessionsV2(int64_t momentNs) override { return asked("sessions at", momentNs), sessionsV2; }
+    std::optional<Json::Value> getOverrideForKey(uint32_t uid, int64_t appId, std::string key) override {
+        asked("override " + key + " " + std::to_string(uid), appId);
+        const auto found = overrides.find(key);
+        return found == overrides.end() ? std::nullopt : std::optional(found->second);
     }
 
+    void asked(const std::string& what, int64_t about) { calls.push_back(what + " " + std::to_string(about)); }
     std::vector<std::string> takeCalls() { return std::exchange(calls, {}); }
 
     std::vector<std::string> calls;
@@ -53,19 +42,7 @@ struct FakeServices : IIdentityManager, IPackageInfoManager, SequenceNumberManag
     uint64_t global = 0, perType = 0;
     Json::Value sessions;
     bool attachToAll = false;
-};
-
-/// Overrides of any key, asked about in the sight of the services. Keeps none by itself.
-struct FakeOverrides : AppOverrideManager {
-    explicit FakeOverrides(std::shared_ptr<FakeServices> owner) : services(std::move(owner)) {}
-    std::optional<Json::Value> getOverrideForKey(uint32_t userId, int64_t appId, std::string key) override {
-        services->calls.push_back("override " + std::to_string(userId) + " " + std::to_string(appId) + " " + key);
-        const auto found = values.find(key);
-        return found == values.end() ? std::nullopt : std::optional(found->second);
-    }
-
-    std::shared_ptr<FakeServices> services;
-    std::map<std::string, Json::Value> values;
+    std::map<std::string, Json::Value> overrides;  // of any key, whoever asks
 };
 
 }  // namespace Velo::OS::Telemetry::fakes

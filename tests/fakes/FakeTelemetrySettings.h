@@ -10,7 +10,7 @@
 
 namespace Velo::OS::Telemetry::fakes {
 
-/// Answers from its members and keeps what it is asked and told, in order.
+/// Answers from its members and keeps what it is told, and what it is asked of users, in order.
 class FakeTelemetrySettings : public ITelemetrySettingsManager {
 public:
     /// Makes it the process's settings.
@@ -26,22 +26,18 @@ public:
     std::optional<std::string> getTelemetryDeviceId() override { return telemetryDeviceId; }
     std::optional<std::string> getMorlekDeviceId() override { return morlekDeviceId; }
     int32_t getManagedMode(int64_t momentNs, std::optional<int32_t> userId) override {
-        return answer("getManagedMode", momentNs, userId.value_or(-1), managedMode);
+        return called("getManagedMode " + std::to_string(momentNs), userId.value_or(-1)), managedMode;
     }
     bool getAccountMode(int64_t momentNs, std::optional<int32_t> userId) override {
-        return answer("getAccountMode", momentNs, userId.value_or(-1), accountMode);
+        return called("getAccountMode " + std::to_string(momentNs), userId.value_or(-1)), accountMode;
     }
     bool isVerboseEnabled() override { return verbose; }
     bool isClockAdjusted() override { return clockAdjusted; }
-    void setClockAdjusted(bool adjusted) override { calls_.push_back(adjusted ? "adjusted" : "not adjusted"); }
+    void setClockAdjusted(bool adjusted) override { called("setClockAdjusted", adjusted); }
     bool isEventCacheTimeAdjusted() override { return eventCacheAdjusted; }
-    void setEventCacheTimeAdjusted(bool adjusted) override {
-        calls_.push_back(adjusted ? "event cache adjusted" : "event cache not adjusted");
-    }
+    void setEventCacheTimeAdjusted(bool adjusted) override { called("setEventCacheTimeAdjusted", adjusted); }
     int64_t getClockAdjustmentMs() override { return clockAdjustmentMs; }
-    void setClockAdjustmentMs(int64_t adjustmentMs) override {
-        calls_.push_back("adjustment " + std::to_string(adjustmentMs));
-    }
+    void setClockAdjustmentMs(int64_t adjustmentMs) override { called("setClockAdjustmentMs", adjustmentMs); }
     bool isGkEnabled(const std::string& /*gateName*/) override { return gatesOpen; }
     bool isEventInVerification(const std::string& /*eventName*/) override { return inVerification; }
 
@@ -52,11 +48,7 @@ public:
     bool clockAdjusted = false, eventCacheAdjusted = false;
 
 private:
-    template <typename Answer>
-    Answer answer(const std::string& operation, int64_t momentNs, int32_t userId, Answer answer) {
-        calls_.push_back(operation + " " + std::to_string(momentNs) + " " + std::to_string(userId));
-        return answer;
-    }
+    void called(const std::string& call, int64_t with) { calls_.push_back(call + " " + std::to_string(with)); }
 
     std::vector<std::string> calls_;
 };
@@ -64,10 +56,7 @@ private:
 /// A clock or stage that asks settings of its own.
 template <typename Base>
 struct WithOwnSettings : Base {
-    std::shared_ptr<ITelemetrySettingsManager> getSettings() const override {
-        ++asked;
-        return own;
-    }
+    std::shared_ptr<ITelemetrySettingsManager> getSettings() const override { return ++asked, own; }
 
     std::shared_ptr<FakeTelemetrySettings> own = std::make_shared<FakeTelemetrySettings>();
     mutable int asked = 0;
