@@ -142,6 +142,7 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
         {"$TOOL run in --rejects link", "cannot write link: it is an input\n"},
         {"$TOOL run in >> in", "cannot write <stdout>: it is an input\n"},
         {"$TOOL run in -o old --rejects ./old", "cannot write ./old: it is the same place as old\n"},
+        {"$TOOL run in -o old --trace ./old", "cannot write ./old: it is the same place as old\n"},
         {"$TOOL run in --rejects - | cat >&2; exit 2", "cannot write <stdout>: it is the same place as <stdout>\n"},
         {"$TOOL run in >&-", "cannot write <stdout>: Bad file descriptor\n"},
         {"$TOOL run in -o /dev/full", "cannot write /dev/full: No space left on device\n"},
