@@ -8,7 +8,7 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
-constexpr size_t kMaxBytes = 16 * 1024 * 1024;
+constexpr size_t kMaxBytes = 1024 * 1024;
 
 std::string contentsOf(InputFile& file) {
     std::string contents;
@@ -19,6 +19,7 @@ std::string contentsOf(InputFile& file) {
         if (filled > kMaxBytes) throw FileError(file.name() + ": longer than " + std::to_string(kMaxBytes) + " bytes");
         if (count > 0) continue;
         contents.resize(filled);
+        if (contents.starts_with("\xEF\xBB\xBF")) contents.erase(0, 3);  // a byte order mark
         return contents;
     }
 }
@@ -34,6 +35,14 @@ Json::Value parseFile(InputFile& file) {
 
 void readIds(const JsonNode& node, Device& device) {
     node.object({{"telemetry", into(device.telemetryId)}, {"morlek", into(device.morlekId)}});
+}
+
+void readSystemProperties(const JsonNode& node, Device& device) {
+    node.members([&](const std::string& name, const JsonNode& member) {
+        std::string& value = device.systemProperties[name];
+        member.read(value);
+        if ((name + value).find('\0') != std::string::npos) member.fail("a system property cannot hold a NUL");
+    });
 }
 
 void readUsers(const JsonNode& node, Device& device) {
@@ -89,6 +98,7 @@ void readClock(const JsonNode& node, Device::Clock& clock) {
     node.object({{"adjusted", into(clock.adjusted)},
                  {"time_ms", into(clock.timeMs)},
                  {"boot_time_ms", into(clock.bootTimeMs)}});
+    if (clock.timeMs.has_value() != clock.bootTimeMs.has_value()) node.fail("time_ms and boot_time_ms go together");
 }
 
 }  // namespace
@@ -99,7 +109,7 @@ Device readDevice(InputFile& file) {
     JsonNode(root, file.name())
         .object({
             {"device_ids", [&](const JsonNode& node) { readIds(node, device); }},
-            {"system_properties", into(device.systemProperties)},
+            {"system_properties", [&](const JsonNode& member) { readSystemProperties(member, device); }},
             {"users", [&](const JsonNode& node) { readUsers(node, device); }},
             {"identities", into(device.identities)},
             {"packages", [&](const JsonNode& node) { readPackages(node, device); }},

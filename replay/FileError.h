@@ -4,6 +4,8 @@
 #include <string>
 #include <system_error>
 
+#include "replay/Escape.h"
+
 namespace Velo::OS::Telemetry::replay {
 
 /// A file of the run cannot be used, for example "cannot write out.jsonl: No space left on device". It ends the run,
@@ -14,7 +16,8 @@ public:
     FileError(const std::string& action, const std::string& file, int error)
         : std::runtime_error("cannot " + action + " " + file + ": " + std::generic_category().message(error)) {}
 
-    explicit FileError(const std::string& message) : std::runtime_error(message) {}
+    /// Escapes the message, which would end at a NUL.
+    explicit FileError(const std::string& message) : std::runtime_error(escaped(message)) {}
 };
 
 }  // namespace Velo::OS::Telemetry::replay

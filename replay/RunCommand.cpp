@@ -75,7 +75,8 @@ bool finishTrace(RunFiles& files, Console& console) {
 
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
     Device device = files.device ? readDevice(*files.device) : Device();
-    const auto sequenceNumbers = std::make_shared<StoredSequenceNumbers>(files.store);
+    StoreFile store(options.store);
+    const auto sequenceNumbers = std::make_shared<StoredSequenceNumbers>(store);
     const auto processor = buildDevicePipeline(std::move(device), sequenceNumbers);
     files.emptyOutputs();
     const auto badLines = options.strict ? Replay::BadLines::Stop : Replay::BadLines::Continue;

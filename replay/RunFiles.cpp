@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <filesystem>
+
 #include "replay/FileError.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -17,11 +19,18 @@ void checkNotAnInput(const OutputFile& output, const InputFile& input) {
     }
 }
 
-/// Asks by the path: opening and closing the file would drop the locks that SQLite holds on it.
-void checkNotTheStore(const OutputFile& output, const std::string& storePath) {
-    struct stat store {};
-    if (::stat(storePath.c_str(), &store) == 0 && isSameFile(output.status(), store)) {
-        throw FileError("cannot write " + output.name() + ": it is the store");
+/// Neither the store's file nor those that SQLite keeps beside it may be used for anything else. Asks by their paths,
+/// because closing a file drops the locks that other parts of the process hold on it.
+void checkNotTheStore(const std::string& action, const std::string& name, const struct stat& status,
+                      const std::optional<std::string>& storePath) {
+    if (!storePath) return;
+    std::error_code error;
+    const std::string path = std::filesystem::weakly_canonical(*storePath, error);
+    for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
+        struct stat part {};
+        if (::stat((path + suffix).c_str(), &part) == 0 && isSameFile(status, part)) {
+            throw FileError("cannot " + action + " " + name + ": it is part of the store");
+        }
     }
 }
 
@@ -33,22 +42,36 @@ void checkNotTheSame(const OutputFile& output, const OutputFile& earlier) {
     }
 }
 
-std::vector<InputFile> openInputs(const RunOptions& options) {
-    std::vector<std::string> paths = options.inputs;
-    if (paths.empty()) paths.emplace_back("-");
+std::vector<InputFile> openInputs(const std::vector<std::string>& paths) {
     std::vector<InputFile> inputs;
-    for (const std::string& path : paths) {
-        if (path == "-" && options.device == "-") {
-            throw FileError("cannot read events from <stdin>: it describes the device");
-        }
-        inputs.emplace_back(path);
-    }
+    for (const std::string& path : paths) inputs.emplace_back(path);
+    if (inputs.empty()) inputs.emplace_back("-");
     return inputs;
 }
 
 template <typename File>
 std::optional<File> openIfNamed(const std::optional<std::string>& path) {
     return path ? std::optional<File>(*path) : std::nullopt;
+}
+
+void checkInputs(const RunFiles& files, const std::optional<std::string>& storePath) {
+    for (const InputFile& input : files.inputs) {
+        checkNotTheStore("read", input.name(), input.status(), storePath);
+        if (files.device && isSameFile(input.status(), files.device->status())) {
+            throw FileError("cannot read events from " + input.name() + ": it describes the device");
+        }
+    }
+    if (files.device) checkNotTheStore("read", files.device->name(), files.device->status(), storePath);
+}
+
+void checkOutputs(RunFiles& files, const std::optional<std::string>& storePath) {
+    const std::vector<OutputFile*> outputs = files.outputs();
+    for (auto output = outputs.begin(); output != outputs.end(); ++output) {
+        for (const InputFile& input : files.inputs) checkNotAnInput(**output, input);
+        if (files.device) checkNotAnInput(**output, *files.device);
+        checkNotTheStore("write", (*output)->name(), (*output)->status(), storePath);
+        for (auto earlier = outputs.begin(); earlier != output; ++earlier) checkNotTheSame(**output, **earlier);
+    }
 }
 
 }  // namespace
@@ -76,20 +99,14 @@ void RunFiles::emptyOutputs() {
 
 RunFiles openRunFiles(const RunOptions& options) {
     RunFiles files{
-        .inputs = openInputs(options),
+        .inputs = openInputs(options.inputs),
         .device = openIfNamed<InputFile>(options.device),
-        .store = StoreFile(options.store.value_or("")),
         .output = OutputFile(options.output),
         .rejects = openIfNamed<OutputFile>(options.rejects),
         .trace = openIfNamed<OutputFile>(options.trace),
     };
-    const std::vector<OutputFile*> outputs = files.outputs();
-    for (auto output = outputs.begin(); output != outputs.end(); ++output) {
-        for (const InputFile& input : files.inputs) checkNotAnInput(**output, input);
-        if (files.device) checkNotAnInput(**output, *files.device);
-        if (options.store) checkNotTheStore(**output, *options.store);
-        for (auto earlier = outputs.begin(); earlier != output; ++earlier) checkNotTheSame(**output, **earlier);
-    }
+    checkInputs(files, options.store);
+    checkOutputs(files, options.store);
     return files;
 }
 

@@ -7,15 +7,13 @@
 #include "replay/InputFile.h"
 #include "replay/OutputFile.h"
 #include "replay/RunOptions.h"
-#include "replay/StoreFile.h"
 
 namespace Velo::OS::Telemetry::replay {
 
-/// All files of a run, open before its first event.
+/// The files of a run, open before its first event.
 struct RunFiles {
     std::vector<InputFile> inputs;
     std::optional<InputFile> device;
-    StoreFile store;
     OutputFile output;
     std::optional<OutputFile> rejects;
     std::optional<OutputFile> trace;
@@ -24,11 +22,12 @@ struct RunFiles {
     std::optional<uint64_t> inputBytes() const;
 
     std::vector<OutputFile*> outputs();
+    /// Not before everything else is known to be in order.
     void emptyOutputs();
 };
 
-/// Opens every file. Throws `FileError` if one cannot be opened, if an output is also read or is the store, or if two
-/// outputs are the same.
+/// Opens every file but the store. Throws `FileError` if one cannot be opened, if an output is also read, if two
+/// outputs are the same, if events are to be read from the device's description, or if any is part of the store.
 RunFiles openRunFiles(const RunOptions& options);
 
 }  // namespace Velo::OS::Telemetry::replay

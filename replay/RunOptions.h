@@ -6,7 +6,7 @@
 
 namespace Velo::OS::Telemetry::replay {
 
-/// The command line of `run`. A path "-" is standard input or standard output.
+/// The command line of `run`. A path "-" is standard input or standard output, but for the store.
 struct RunOptions {
     std::vector<std::string> inputs;    // none: standard input
     std::optional<std::string> device;  // none: a device of which nothing is known

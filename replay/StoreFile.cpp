@@ -10,23 +10,29 @@ namespace {
 
 constexpr int kPatienceMs = 10'000;  // with another process that writes
 
+/// The path as SQLite is to see it: a relative one could pass for a URI or for ":memory:".
+std::string plainPath(const std::optional<std::string>& path) {
+    if (!path) return {};
+    return path->starts_with('/') ? *path : "./" + *path;
+}
+
 }  // namespace
 
 void StoreFile::Close::operator()(sqlite3* database) const { sqlite3_close_v2(database); }
 
-StoreFile::StoreFile(const std::string& path) : path_(path) {
+StoreFile::StoreFile(const std::optional<std::string>& path) : name_(path.value_or("a temporary store")) {
     sqlite3* database = nullptr;
-    const int result =
-        sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, /*zVfs=*/nullptr);
+    const int result = sqlite3_open_v2(plainPath(path).c_str(), &database, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
+                                       /*zVfs=*/nullptr);
     database_.reset(database);
     check(result, SQLITE_OK);
     check(sqlite3_busy_timeout(database, kPatienceMs), SQLITE_OK);
 }
 
+void StoreFile::fail(const std::string& reason) const { throw FileError("cannot use " + name_ + ": " + reason); }
+
 void StoreFile::check(int result, int expected) const {
-    if (result == expected) return;
-    throw FileError("cannot use " + (path_.empty() ? "a temporary store" : path_) + ": " +
-                    sqlite3_errmsg(database_.get()));
+    if (result != expected) fail(sqlite3_errmsg(database_.get()));
 }
 
 void StoreFile::Statement::Finalize::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -50,8 +56,8 @@ StoreFile::Statement& StoreFile::Statement::bind(int parameter, int64_t number) 
     return *this;
 }
 
-int64_t StoreFile::Statement::run() {
-    int64_t number = 0;
+std::optional<int64_t> StoreFile::Statement::run() {
+    std::optional<int64_t> number;
     int result = sqlite3_step(statement_.get());
     if (result == SQLITE_ROW) {
         number = sqlite3_column_int64(statement_.get(), 0);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 struct sqlite3;
@@ -13,9 +14,11 @@ namespace Velo::OS::Telemetry::replay {
 /// fails throws `FileError`, "cannot use store.db: database is locked".
 class StoreFile {
 public:
-    /// An empty path stands for a file that vanishes afterwards. A file that is no store fails at its first use, which
-    /// also creates it if there is none.
-    explicit StoreFile(const std::string& path);
+    /// Opens the file and creates it if there is none; without a path, one that vanishes afterwards. A file that is no
+    /// store may fail only at its first use.
+    explicit StoreFile(const std::optional<std::string>& path);
+
+    [[noreturn]] void fail(const std::string& reason) const;
 
     /// SQL with parameters, prepared once and run often. Must not outlive the file.
     class Statement {
@@ -24,9 +27,8 @@ public:
 
         Statement& bind(int parameter, const std::string& text);
         Statement& bind(int parameter, int64_t number);
-        /// Runs the statement, which yields at most one row, with the parameters last bound. The first column of the
-        /// row; 0 without one.
-        int64_t run();
+        /// Runs the statement, which yields at most one row of one integer, with the parameters last bound.
+        std::optional<int64_t> run();
 
     private:
         struct Finalize {
@@ -47,7 +49,7 @@ private:
     /// Throws unless the result code is the one that is expected.
     void check(int result, int expected) const;
 
-    std::string path_;
+    std::string name_;
     std::unique_ptr<sqlite3, Close> database_;
 };
 

@@ -18,14 +18,23 @@ StoreFile& withTable(StoreFile& store) {
 StoredSequenceNumbers::StoredSequenceNumbers(StoreFile& store)
     : store_(withTable(store)),
       reserve_(store,
-               "INSERT INTO sequence_numbers VALUES(?1, 1 + ?2)"
-               " ON CONFLICT(sequence) DO UPDATE SET next = next + ?2 RETURNING next") {}
+               "INSERT INTO sequence_numbers VALUES(?1, 1 + ?2) ON CONFLICT(sequence) DO UPDATE SET next = next + ?2"
+               " WHERE typeof(next) = 'integer' AND next BETWEEN 1 AND 9223372036854775807 - ?2 RETURNING next") {
+    reserve(global_, kGlobal);
+}
 
+/// A new batch in place of one that is used up.
+void StoredSequenceNumbers::reserve(Range& range, const std::string& sequence) {
+    storeFailed_ = true;  // unless we get to the end
+    const std::optional<int64_t> end = reserve_.bind(1, sequence).bind(2, kBatch).run();
+    if (!end) store_.fail("the sequence \"" + sequence + "\" holds no number to go on from");
+    range = {*end - kBatch, *end};
+    storeFailed_ = false;
+}
+
+/// Prefix and name make the sequence's key in the store.
 uint64_t StoredSequenceNumbers::draw(Range& range, const std::string& prefix, const std::string& eventName) {
-    if (range.next == range.end) {
-        range.end = reserve_.bind(1, prefix + eventName).bind(2, kBatch).run();
-        range.next = range.end - kBatch;
-    }
+    if (range.next == range.end) reserve(range, prefix + eventName);
     return static_cast<uint64_t>(range.next++);
 }
 
@@ -41,6 +50,7 @@ uint64_t StoredSequenceNumbers::getNextPerTypeSequenceNumber(const std::string& 
 
 void StoredSequenceNumbers::handBack() {
     const std::lock_guard<std::mutex> lock(mutex_);
+    if (storeFailed_) return;
     StoreFile::Statement handBack(store_, "UPDATE sequence_numbers SET next = ?2 WHERE sequence = ?1 AND next = ?3");
     const auto handBackRange = [&](const std::string& sequence, Range& range) {
         handBack.bind(1, sequence).bind(2, range.next).bind(3, range.end);

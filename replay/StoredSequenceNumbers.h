@@ -13,19 +13,21 @@ namespace Velo::OS::Telemetry::replay {
 /// priority of its events.
 ///
 /// Numbers are reserved in the store by the batch, so that most events need no write, and no two processes draw the
-/// same one. Batches that a process had no use for are handed back at its end; one that dies leaves a gap.
-/// Safe to call from several threads. What the store throws passes through the pipeline and ends the run.
+/// same one. What a process has not used of its last batches it hands back; one that dies, or that ends after another
+/// has reserved more, leaves a gap. Safe to call from several threads. What the store throws passes through the
+/// pipeline and ends the run.
 class StoredSequenceNumbers : public SequenceNumberManager {
 public:
     static constexpr int64_t kBatch = 1000;
 
-    /// The store must outlive it.
+    /// The store must outlive it. Reserves the first numbers, so that a store that cannot be written fails here.
     explicit StoredSequenceNumbers(StoreFile& store);
 
     uint64_t getNextGlobalSequenceNumber(bool priority) override;
     uint64_t getNextPerTypeSequenceNumber(const std::string& eventName) override;
 
-    /// Hands back the numbers that are reserved and not drawn, unless another process has drawn beyond them.
+    /// Hands back the numbers that are reserved and not drawn, unless another process has reserved beyond them. Does
+    /// nothing if the store has failed before.
     void handBack();
 
 private:
@@ -35,12 +37,13 @@ private:
         int64_t end = 0;
     };
 
-    /// Prefix and name make the sequence's key in the store.
     uint64_t draw(Range& range, const std::string& prefix, const std::string& eventName);
+    void reserve(Range& range, const std::string& sequence);
 
     StoreFile& store_;
     std::mutex mutex_;  // guards what follows
     StoreFile::Statement reserve_;
+    bool storeFailed_ = false;
     Range global_;
     std::unordered_map<std::string, Range> perType_;  // by event name
 };

@@ -41,7 +41,8 @@ Device: one JSON object; whatever is absent is unknown to the pipeline.
                       "sdk_app_package_version_name": string,
                       "sdk_app_package_version_code": integer}}}
   clock              {"adjusted": bool, "time_ms": integer, "boot_time_ms": integer},
-                     the times at which to stand still; else this machine's clocks run
+                     the wall-clock time (monotonic if not adjusted) and the time
+                     since boot at which to stand still; else this machine's clocks run
 
 A bad line does not stop the run. It goes unchanged to the file that --rejects
 names, and standard error says FILE:LINE: what is wrong with which field.

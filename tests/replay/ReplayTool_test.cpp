@@ -143,21 +143,29 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
         {"$TOOL run in >> in", "cannot write <stdout>: it is an input\n"},
         {"$TOOL run in -o old --rejects ./old", "cannot write ./old: it is the same place as old\n"},
         {"$TOOL run in -o old --trace ./old", "cannot write ./old: it is the same place as old\n"},
-        {"$TOOL run in --rejects - | cat >&2; exit 2", "cannot write <stdout>: it is the same place as <stdout>\n"},
+        {"$TOOL run in --rejects - >both", "cannot write <stdout>: it is the same place as <stdout>\n"},
         {"$TOOL run in >&-", "cannot write <stdout>: Bad file descriptor\n"},
         {"$TOOL run in -o /dev/full", "cannot write /dev/full: No space left on device\n"},
         {"$TOOL run in -o /dev/null --rejects /dev/full", "cannot write /dev/full: No space left on device\n"},
         {"$TOOL run in -o /dev/null --trace /dev/full", "cannot write /dev/full: No space left on device\n"},
-        {"$TOOL run in -o new --store ./new", "cannot write new: it is the store\n"},
-        {"$TOOL run in -o old --store in", "cannot use in: file is not a database\n"},
-        {"$TOOL run in -o old --device old; $TOOL run in -o old --device in",
-         "cannot write old: it is an input\nin:2: not JSON: column 1: Extra non-whitespace after JSON value.\n"},
-        {"$TOOL run --device -", "cannot read events from <stdin>: it describes the device\n"},
+        {"$TOOL run in -o new --store ./new", "cannot write new: it is part of the store\n"},
+        {"$TOOL run in -o old --rejects s-journal --store link", "cannot read in: it is part of the store\n"},
+        {": >s; ln -s s l; $TOOL run in -o old --rejects s-journal --store l",
+         "cannot write s-journal: it is part of the store\n"},
+        {"cp in text; $TOOL run in -o old --store text", "cannot use text: file is not a database\n"},
+        {"$TOOL run in -o old --store bad", "cannot use bad: the sequence \"global\" holds no number to go on from\n"},
+        {"$TOOL run in -o old --device old", "cannot write old: it is an input\n"},
+        {"$TOOL run in -o old --device link", "cannot read events from in: it describes the device\n"},
+        {"cp in d; $TOOL run in -o old --device d",
+         "d:2: not JSON: column 1: Extra non-whitespace after JSON value.\n"},
         {"$TOOL --help >/dev/full", "cannot write <stdout>: No space left on device\n"},
         {"{ yes \"$(head -n 1 in)\" | $TOOL run; echo $? >status; } | head -n 1 >first; exit $(cat status)",
          "cannot write <stdout>: Broken pipe\n"},
     };
     const std::string content = std::string(kGoodLine) + "\n{\n";
+    StoreFile bad(folder_ / "bad");
+    bad.run("CREATE TABLE sequence_numbers(sequence TEXT PRIMARY KEY, next)");
+    bad.run("INSERT INTO sequence_numbers VALUES('global', -7)");
     for (const auto& [command, message] : cases) {
         write("in", content);
         write("old", "kept");
@@ -174,9 +182,12 @@ TEST_F(ReplayTool, NamesWhatIsWrongWithADevice) {
         {"[]", " expected an object"},
         {"{\r\n \"users\": 1 1}", "2: not JSON: column 13: Missing ',' or '}' in object declaration"},
         {"{\n\n\xFF", "3: not UTF-8: column 1"},
-        {std::string(17 << 20, ' '), " longer than 16777216 bytes"},
+        {std::string(2 << 20, ' '), " longer than 1048576 bytes"},
         {R"({"user":{}})", " user: unknown member"},
         {R"({"identities":{"10123":5}})", " identities.10123: expected a string"},
+        {"\xEF\xBB\xBF"
+         R"({"identities":{"1\u0000":""}})",
+         " identities.1\\u0000: expected the name to be an unsigned 32-bit integer"},
         {R"({"identities":{"-1":"5"}})", " identities.-1: expected the name to be an unsigned 32-bit integer"},
         {R"({"users":{"00":{}}})", " users.00: expected the name to be a signed 32-bit integer"},
         {R"({"users":{"0":{"managed_mode":2147483648}}})", " users.0.managed_mode: expected a signed 32-bit integer"},
@@ -188,6 +199,8 @@ TEST_F(ReplayTool, NamesWhatIsWrongWithADevice) {
         {R"({"app_overrides":{"1":{"0":{}}}})",
          " app_overrides.1.0: 0 stands for no application, which has no overrides"},
         {R"({"clock":{"time_ms":-1}})", " clock.time_ms: expected an unsigned 64-bit integer"},
+        {R"({"clock":{"time_ms":1}})", " clock: time_ms and boot_time_ms go together"},
+        {R"({"system_properties":{"a":"\u0000"}})", " system_properties.a: a system property cannot hold a NUL"},
     };
     for (const auto& [device, message] : cases) {
         write("device", device);
@@ -236,25 +249,28 @@ TEST_F(ReplayTool, SequenceNumbersGoOnFromRunToRun) {
     const auto global = [&] { return fakes::parsed(read("out"))["data"]["global_sequence_number"].asUInt(); };
     const auto perType = [&] { return fakes::parsed(read("out"))["data"]["per_type_sequence_number"].asUInt(); };
     write("a", kGoodLine);
-    write("b", R"({"name":"other","data":{}})");
+    write("b", R"({"name":"global","data":{}})");
     EXPECT_EQ(sh("$TOOL run a b b --store s >out && $TOOL run a --store s >out"), 0);
     EXPECT_EQ(global(), 4U);
     EXPECT_EQ(perType(), 2U);
 
     {
-        // Two processes at once; the second one does not hand back what the first one has reserved beyond it.
-        StoreFile file(folder_ / "s"), sameFile(folder_ / "s");
-        StoredSequenceNumbers first(file), second(sameFile);
+        // Three processes at once. Only the last batch that was reserved can be handed back.
+        StoreFile files[] = {StoreFile(folder_ / "s"), StoreFile(folder_ / "s"), StoreFile(folder_ / "s")};
+        StoredSequenceNumbers first(files[0]), second(files[1]);
         EXPECT_EQ(first.getNextGlobalSequenceNumber(true), 5U);
         EXPECT_EQ(second.getNextGlobalSequenceNumber(false), 1005U);
         for (unsigned i = 6; i < 1005; ++i) EXPECT_EQ(first.getNextGlobalSequenceNumber(false), i);
         EXPECT_EQ(first.getNextGlobalSequenceNumber(false), 2005U);
         EXPECT_EQ(first.getNextPerTypeSequenceNumber("launch"), 3U);
         second.handBack();
+        StoredSequenceNumbers third(files[2]);
+        EXPECT_EQ(third.getNextGlobalSequenceNumber(false), 3005U);
         first.handBack();
+        third.handBack();
     }
     EXPECT_EQ(sh("$TOOL run a --store s >out; $TOOL run b >out2"), 0);
-    EXPECT_EQ(global(), 2006U);
+    EXPECT_EQ(global(), 3006U);
     EXPECT_EQ(perType(), 4U);
     // A store of its own, and a device of which nothing is known.
     EXPECT_NE(read("out2").find(R"("data":{"__sessions_v2":"","account_mode":-1,"adjusted":false,)"
