@@ -8,20 +8,16 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
-constexpr size_t kMaxBytes = 1024 * 1024;
+constexpr size_t kMaxBytes = 1 << 20;
 
 std::string contentsOf(InputFile& file) {
-    std::string contents;
-    for (size_t filled = 0;;) {
-        contents.resize(filled + 64 * 1024);
-        const size_t count = file.read(contents.data() + filled, contents.size() - filled);
-        filled += count;
-        if (filled > kMaxBytes) throw FileError(file.name() + ": longer than " + std::to_string(kMaxBytes) + " bytes");
-        if (count > 0) continue;
-        contents.resize(filled);
-        if (contents.starts_with("\xEF\xBB\xBF")) contents.erase(0, 3);  // a byte order mark
-        return contents;
-    }
+    std::string contents(kMaxBytes + 1, '\0');
+    size_t filled = 0;
+    while (const size_t count = file.read(contents.data() + filled, contents.size() - filled)) filled += count;
+    if (filled > kMaxBytes) throw FileError(file.name() + ": longer than " + std::to_string(kMaxBytes) + " bytes");
+    contents.resize(filled);
+    if (contents.starts_with("\xEF\xBB\xBF")) contents.erase(0, 3);  // a byte order mark
+    return contents;
 }
 
 Json::Value parseFile(InputFile& file) {

@@ -19,18 +19,22 @@ void checkNotAnInput(const OutputFile& output, const InputFile& input) {
     }
 }
 
-/// Neither the store's file nor those that SQLite keeps beside it may be used for anything else. Asks by their paths,
-/// because closing a file drops the locks that other parts of the process hold on it.
-void checkNotTheStore(const std::string& action, const std::string& name, const struct stat& status,
-                      const std::optional<std::string>& storePath) {
-    if (!storePath) return;
+/// Whether it is the store's file or one that SQLite keeps beside it. Asks by their paths, because closing a file
+/// drops the locks that other parts of the process hold on it.
+bool isPartOfStore(const struct stat& status, const std::string& storePath) {
     std::error_code error;
-    const std::string path = std::filesystem::weakly_canonical(*storePath, error);
+    const std::string path = std::filesystem::weakly_canonical(storePath, error);
     for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
         struct stat part {};
-        if (::stat((path + suffix).c_str(), &part) == 0 && isSameFile(status, part)) {
-            throw FileError("cannot " + action + " " + name + ": it is part of the store");
-        }
+        if (::stat((path + suffix).c_str(), &part) == 0 && isSameFile(status, part)) return true;
+    }
+    return false;
+}
+
+void checkNotTheStore(const std::string& action, const std::string& name, const struct stat& status,
+                      const std::optional<std::string>& storePath) {
+    if (storePath && isPartOfStore(status, *storePath)) {
+        throw FileError("cannot " + action + " " + name + ": it is part of the store");
     }
 }
 
@@ -43,8 +47,7 @@ void checkNotTheSame(const OutputFile& output, const OutputFile& earlier) {
 }
 
 std::vector<InputFile> openInputs(const std::vector<std::string>& paths) {
-    std::vector<InputFile> inputs;
-    for (const std::string& path : paths) inputs.emplace_back(path);
+    std::vector<InputFile> inputs(paths.begin(), paths.end());
     if (inputs.empty()) inputs.emplace_back("-");
     return inputs;
 }
