@@ -19,7 +19,9 @@ bench: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry_benchmarks
 	@$(BUILD)/release/benchmarks/telemetry_benchmarks
 
+# Configures anew, or files added since would go unchecked.
 tidy: $(BUILD)/clang/build.ninja
+	@cmake --preset clang > /dev/null
 	@run-clang-tidy -quiet -p $(BUILD)/clang '^$(CURDIR)/(conversion|event|clock|schema|processor|monitors|guards|appliers|platform|replay)/'
 
 format:
