@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <regex>
 #include <string>
 
 #include "replay/Replay.h"
@@ -48,11 +47,19 @@ protected:
     }
     /// The output without the members that appliers add.
     std::string readOwn(const std::string& file) {
-        static const std::regex added(
-            R"re("(__sessions_v2|account_mode|adjusted|device_serial|fg_app_\w+|global_\w+|managed_mode|per_type_\w+|)re"
-            R"re(sdk_app_package\w*|timestamp|id|morlek_device_id)":("\w*"|[-\w]+)(,|(?=\})))re");
-        static const std::regex comma(",\\}");
-        return std::regex_replace(std::regex_replace(read(file), added, ""), comma, "}");
+        std::string text = read(file);
+        for (const std::string key :
+             {"__sessions_v2", "account_mode", "adjusted", "device_serial", "fg_app_package_name",
+              "fg_app_package_version", "global_sequence_number", "managed_mode", "per_type_sequence_number",
+              "sdk_app_package", "sdk_app_package_version_code", "sdk_app_package_version_name", "timestamp", "id",
+              "morlek_device_id"}) {
+            for (size_t at = 0; (at = text.find("\"" + key + "\":")) != std::string::npos;) {
+                const size_t end = text.find_first_of(",}", at);
+                text.erase(at, end - at + (text[end] == ',' ? 1 : 0));
+            }
+        }
+        for (size_t at = 0; (at = text.find(",}")) != std::string::npos;) text.erase(at, 1);
+        return text;
     }
     static std::string summary(int read, int kept, int bad, size_t bytes) {
         char text[256];
