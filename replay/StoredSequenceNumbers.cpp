@@ -25,11 +25,9 @@ StoredSequenceNumbers::StoredSequenceNumbers(StoreFile& store)
 
 /// A new batch in place of one that is used up.
 void StoredSequenceNumbers::reserve(Range& range, const std::string& sequence) {
-    storeFailed_ = true;  // unless we get to the end
     const std::optional<int64_t> end = reserve_.bind(1, sequence).bind(2, kBatch).run();
     if (!end) store_.fail("the sequence \"" + sequence + "\" holds no number to go on from");
     range = {*end - kBatch, *end};
-    storeFailed_ = false;
 }
 
 /// Prefix and name make the sequence's key in the store.
@@ -50,7 +48,6 @@ uint64_t StoredSequenceNumbers::getNextPerTypeSequenceNumber(const std::string& 
 
 void StoredSequenceNumbers::handBack() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (storeFailed_) return;
     StoreFile::Statement handBack(store_, "UPDATE sequence_numbers SET next = ?2 WHERE sequence = ?1 AND next = ?3");
     const auto handBackRange = [&](const std::string& sequence, Range& range) {
         handBack.bind(1, sequence).bind(2, range.next).bind(3, range.end);

@@ -26,8 +26,7 @@ public:
     uint64_t getNextGlobalSequenceNumber(bool priority) override;
     uint64_t getNextPerTypeSequenceNumber(const std::string& eventName) override;
 
-    /// Hands back the numbers that are reserved and not drawn, unless another process has reserved beyond them. Does
-    /// nothing if the store has failed before.
+    /// Hands back the numbers that are reserved and not drawn, unless another process has reserved beyond them.
     void handBack();
 
 private:
@@ -43,7 +42,6 @@ private:
     StoreFile& store_;
     std::mutex mutex_;  // guards what follows
     StoreFile::Statement reserve_;
-    bool storeFailed_ = false;
     Range global_;
     std::unordered_map<std::string, Range> perType_;  // by event name
 };

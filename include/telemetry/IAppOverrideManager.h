@@ -13,7 +13,8 @@
 namespace Velo::OS::Telemetry {
 
 /// Values that an application has asked to be put on its events instead of what the system reports. They are kept per
-/// user and app id; app id 0 stands for no application, which has none. The appliers pass an event's uid as its user.
+/// user and app id; app id 0 stands for no application, which has none. Deliberate: the appliers pass the event's uid
+/// as the user, so overrides for them are to be set under uids.
 ///
 /// The order of the virtual operations is ABI. Calls that set must not run beside any other.
 class TELEMETRY_EXPORT IAppOverrideManager {
