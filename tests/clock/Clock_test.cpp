@@ -1,42 +1,21 @@
 #include <gtest/gtest.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <limits>
-#include <map>
 
 #include "clock/ClockArithmetic.h"
 #include "platform/logging/HostLoggerBackend.h"
 #include "telemetry/AdjustedClock.h"
 #include "telemetry/EventCacheState.h"
+#include "tests/fakes/FakeClock.h"
 #include "tests/fakes/FakeTelemetrySettings.h"
 #include "tests/fakes/LogCapture.h"
-
-namespace {
-
-std::map<clockid_t, long> readingsMs;  // what each clock shows; one that is missing fails; none at all: the truth
-std::vector<clockid_t> reads;
-
-}  // namespace
-
-extern "C" int clock_gettime(clockid_t clock, timespec* reading) noexcept {
-    if (readingsMs.empty()) return static_cast<int>(::syscall(SYS_clock_gettime, clock, reading));
-    reads.push_back(clock);
-    const auto found = readingsMs.find(clock);
-    if (found == readingsMs.end()) {
-        errno = EINVAL;
-        return -1;
-    }
-    *reading = {found->second / 1000, found->second % 1000 * 1'000'000};
-    return 0;
-}
 
 namespace Velo::OS::Telemetry {
 
 using Lines = std::vector<std::string>;
+using fakes::clocksNs, fakes::kBoot, fakes::kMonotonic, fakes::kWall;
 
-constexpr clockid_t kMonotonic = 1, kWall = 5, kBoot = 7;  // the kernel's numbers
+constexpr int64_t kSecond = 1'000'000'000;  // in ns
 constexpr int64_t kMax = std::numeric_limits<int64_t>::max();
 
 TEST(ClockArithmetic, ReadingsAreMillisecondsByWayOfADouble) {
@@ -79,8 +58,8 @@ TEST(ClockArithmetic, DifferencesBeyondTheSignedRangeAreClamped) {
 
 class Clock : public testing::Test {
 protected:
-    Clock() { readingsMs = {{kMonotonic, 4000}, {kWall, 1'700'000'000'000}, {kBoot, 9000}}; }
-    ~Clock() override { readingsMs.clear(); }
+    Clock() { clocksNs = {{kMonotonic, 4 * kSecond}, {kWall, 1'700'000'000 * kSecond}, {kBoot, 9 * kSecond}}; }
+    ~Clock() override { clocksNs.clear(); }
 
     static void expectTime(const AdjustedClock& clock, bool adjusted, uint64_t timestampMs, uint64_t bootTimeMs) {
         const AdjustedTimestamp now = clock.getTimestamp();
@@ -97,15 +76,15 @@ TEST_F(Clock, IsMonotonicUntilAdjustedAndMeasuresOnce) {
     expectTime(clock, false, 4000, 9000);
     EXPECT_EQ(clock.getAdjustmentInMs(), std::nullopt);
 
-    reads.clear();
+    fakes::clockReads.clear();
     clock.adjustClock();
-    EXPECT_EQ(reads, (std::vector{kWall, kMonotonic}));
+    EXPECT_EQ(fakes::clockReads, (std::vector{kWall, kMonotonic}));
     EXPECT_EQ(clock.own->takeCalls(), (Lines{"setClockAdjusted 1", "setClockAdjustmentMs 1699999996000"}));
     EXPECT_EQ(clock.asked, 2) << "afresh for each";
     EXPECT_EQ(clock.getAdjustmentInMs(), 1'699'999'996'000);
     expectTime(clock, true, 1'700'000'000'000, 9000);
 
-    readingsMs[kMonotonic] = 5000;
+    clocksNs[kMonotonic] = 5 * kSecond;
     clock.adjustClock();
     EXPECT_EQ(clock.own->takeCalls(), Lines{});
     EXPECT_EQ(clock.getAdjustmentInMs(), 1'699'999'996'000);
@@ -133,7 +112,7 @@ TEST_F(Clock, StartsInThePersistedStateWithoutThePersistedAdjustment) {
 }
 
 TEST_F(Clock, AClockThatFailsIsLoggedAndShowsZero) {
-    readingsMs = {{kMonotonic, 4000}};
+    clocksNs = {{kMonotonic, 4 * kSecond}};
     AdjustedClock clock;
     fakes::LogCapture log;
     const std::string message = "6 TelemetryService: error getting time: Invalid argument";

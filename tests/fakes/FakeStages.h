@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -55,22 +56,30 @@ struct FakeApplier : FakeStage<IApplier> {
     EventResult apply(std::unique_ptr<TelemetryEvent> event) override { return run(std::move(event)); }
 };
 
-/// Both managers of the processor.
+/// Both managers of the processor. Threads may share it.
 class FakeManagers : public IEventTracingManager, public IHealthCountersManager {
 public:
     explicit FakeManagers(Calls calls) : calls_(std::move(calls)) {}
     void traceEventStage(const std::string& identifier, uint32_t uid, const std::string& stage) override {
-        calls_->push_back("trace " + identifier + " " + std::to_string(uid) + " " + stage);
+        called("trace " + identifier + " " + std::to_string(uid) + " " + stage);
     }
     void incrementCounter(const std::string& name, int32_t amount) override {
-        calls_->push_back("count " + name + " " + std::to_string(amount));
+        called("count " + name + " " + std::to_string(amount));
     }
     void incrementEventCounter(const std::string& name, const TelemetryEvent& event, int32_t amount) override {
-        calls_->push_back("count " + name + " " + std::to_string(amount) + " of " + event.name());
+        called("count " + name + " " + std::to_string(amount) + " of " + event.name());
+    }
+    std::vector<std::string> take() { return std::exchange(*calls_, {}); }
+
+protected:
+    void called(std::string call) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        calls_->push_back(std::move(call));
     }
 
 private:
     Calls calls_;
+    std::mutex mutex_;
 };
 
 }  // namespace Velo::OS::Telemetry::fakes

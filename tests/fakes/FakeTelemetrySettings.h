@@ -10,7 +10,7 @@
 
 namespace Velo::OS::Telemetry::fakes {
 
-/// Answers from its members and keeps what it is told, and what it is asked of users, in order.
+/// Answers from its members and keeps what it is told, and what it is asked of users and events, in order.
 class FakeTelemetrySettings : public ITelemetrySettingsManager {
 public:
     /// Makes it the process's settings.
@@ -39,7 +39,9 @@ public:
     int64_t getClockAdjustmentMs() override { return clockAdjustmentMs; }
     void setClockAdjustmentMs(int64_t adjustmentMs) override { called("setClockAdjustmentMs", adjustmentMs); }
     bool isGkEnabled(const std::string& /*gateName*/) override { return gatesOpen; }
-    bool isEventInVerification(const std::string& /*eventName*/) override { return inVerification; }
+    bool isEventInVerification(const std::string& eventName) override {
+        return called("isEventInVerification " + eventName, 0), inVerification;
+    }
 
     std::optional<std::string> telemetryDeviceId, morlekDeviceId;
     int32_t managedMode = 0;
@@ -56,6 +58,7 @@ private:
 /// A clock or stage that asks settings of its own.
 template <typename Base>
 struct WithOwnSettings : Base {
+    using Base::Base;
     std::shared_ptr<ITelemetrySettingsManager> getSettings() const override { return ++asked, own; }
 
     std::shared_ptr<FakeTelemetrySettings> own = std::make_shared<FakeTelemetrySettings>();

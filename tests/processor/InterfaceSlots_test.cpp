@@ -2,23 +2,28 @@
 
 #include <cstring>
 
+#include "telemetry/AccountCheckpointGuard.h"
 #include "telemetry/AdjustedClock.h"
 #include "telemetry/AppOverrideManager.h"
 #include "telemetry/ApplicationInfoApplier.h"
 #include "telemetry/DeviceIDApplier.h"
 #include "telemetry/DeviceInfoApplier.h"
 #include "telemetry/DeviceSettingApplier.h"
+#include "telemetry/DynamicTelemetryGuard.h"
 #include "telemetry/IEventTracingManager.h"
 #include "telemetry/IHealthCountersManager.h"
 #include "telemetry/IdentityApplier.h"
 #include "telemetry/KeyValueDispatch.h"
 #include "telemetry/OSUtilsDeviceIdApplier.h"
 #include "telemetry/PackageInfoApplier.h"
+#include "telemetry/PathwayGuard.h"
+#include "telemetry/RateLimiterGuard.h"
 #include "telemetry/SequenceNumberApplier.h"
 #include "telemetry/SessionsApplier.h"
 #include "telemetry/SystemPropertyApplier.h"
 #include "telemetry/TelemetryEventBundle.h"
 #include "telemetry/TelemetryEventProcessorBuilder.h"
+#include "telemetry/TelemetryStateGuard.h"
 #include "telemetry/TimestampApplier.h"
 #include "tests/fakes/FakeTelemetrySettings.h"
 
@@ -72,6 +77,13 @@ TEST(InterfaceSlots, OperationsStandWhereTheyAreCalled) {
               (Entries{3, 4, 5, 6}));
     EXPECT_EQ(entries(&DeviceSettingApplier::apply, &DeviceSettingApplier::getSettings), (Entries{3, 4}));
 
+    EXPECT_EQ(entries(&IRateLimiterConfigManager::getRateLimitConfig), Entries{3});
+    EXPECT_EQ(entries(&IAccountCheckpointManager::isAccountCheckpointed), Entries{1});
+    using T = IDynamicTelemetryManager;
+    EXPECT_EQ(entries(&T::evaluateEvent, &T::getActiveConfigId, &T::takePerformanceLogs, &T::takeConfigFetchLogs),
+              (Entries{4, 9, 12, 13}));
+    EXPECT_EQ(entries(&PathwayGuard::isEventInVerification, &TelemetryStateGuard::getSettings), (Entries{4, 4}));
+
     using E = TelemetryEvent;
     const Entries event =
         entries(&E::getJsonValue, &E::getJsonString, &E::getDebugString, &E::getJsonBatchHeaderString, &E::size,
@@ -118,6 +130,29 @@ static_assert(kHolds<DeviceIDApplier> && kHolds<OSUtilsDeviceIdApplier> && kHold
               kHolds<IdentityApplier, Shared, Shared> && kHolds<PackageInfoApplier, Shared, Shared> &&
               kHolds<ApplicationInfoApplier, void*, Shared> && kHolds<SequenceNumberApplier, Shared> &&
               kHolds<SessionsApplier, Shared> && kHolds<TimestampApplier, Shared>);
+
+template <typename Guard, typename... Members>
+constexpr bool kGuardHolds = sizeof(Guard) == sizeof(IGuard) + (0 + ... + sizeof(Members));
+static_assert(kGuardHolds<PathwayGuard, Shared> && kGuardHolds<TelemetryStateGuard> &&
+              kGuardHolds<RateLimiterGuard, Shared, Shared, std::mutex> &&
+              kGuardHolds<DynamicTelemetryGuard, Shared, Shared, std::mutex> &&
+              kGuardHolds<AccountCheckpointGuard, Shared, Shared, std::mutex>);
+static_assert(sizeof(RateLimitConfig) == 24 && offsetof(RateLimitConfig, refillCount) == 0 &&
+              offsetof(RateLimitConfig, maxEvents) == 8 && offsetof(RateLimitConfig, windowSeconds) == 16);
+static_assert(sizeof(DynamicTelemetryDecision) == 8 && offsetof(DynamicTelemetryDecision, shouldLog) == 0 &&
+              offsetof(DynamicTelemetryDecision, sampleRate) == 4);
+using GuardLog = IDynamicTelemetryPerformance::GuardPerformanceLog;
+using MonitorLog = IDynamicTelemetryPerformance::MonitorLog;
+static_assert(sizeof(GuardLog) == 96 && offsetof(GuardLog, metrics) == 0 && offsetof(GuardLog, configId) == 56 &&
+              offsetof(GuardLog, loggingDurationMs) == 88);
+static_assert(sizeof(MonitorLog) == 128 && offsetof(MonitorLog, configId) == 0 &&
+              offsetof(MonitorLog, processedEventName) == 32 && offsetof(MonitorLog, metrics) == 64 &&
+              offsetof(MonitorLog, loggingDurationMs) == 120);
+static_assert(sizeof(ConfigFetchLog) == 88 && offsetof(ConfigFetchLog, activeConfigId) == 0 &&
+              offsetof(ConfigFetchLog, fetchedConfigId) == 32 && offsetof(ConfigFetchLog, fetchFinished) == 72 &&
+              offsetof(ConfigFetchLog, outcome) == 80);
+static_assert(sizeof(PerformanceLogs) == 48 && offsetof(PerformanceLogs, guardLogs) == 0 &&
+              offsetof(PerformanceLogs, monitorLogs) == 24);
 
 template <typename T>
 T valueAt(const void* object, ptrdiff_t offset) {

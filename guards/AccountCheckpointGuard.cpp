@@ -1,0 +1,43 @@
+#include "telemetry/AccountCheckpointGuard.h"
+
+#include <utility>
+
+#include "guards/Rejection.h"
+#include "monitors/MonitorEvent.h"
+#include "telemetry/HealthCounterNames.h"
+
+namespace Velo::OS::Telemetry {
+
+namespace {
+
+constexpr char kStatusEventName[] = "arvo_telemetry_checkpoint_status_monitor";
+
+}  // namespace
+
+AccountCheckpointGuard::AccountCheckpointGuard(MonitorEventCallback callback,
+                                               std::shared_ptr<IAccountCheckpointManager> checkpointManager,
+                                               std::shared_ptr<IHealthCountersManager> healthCounters)
+    : IGuard("account_checkpoint_guard", std::move(callback)),
+      checkpointManager_(std::move(checkpointManager)),
+      healthCounters_(std::move(healthCounters)) {}
+
+EventResult AccountCheckpointGuard::handle(std::unique_ptr<TelemetryEvent> event) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (event->name() == kStatusEventName) return event;
+
+    const uint32_t uid = event->uid();
+    const bool checkpointed = checkpointManager_->isAccountCheckpointed(uid);
+    // Deliberate: one state for all users, so users whose events alternate are reported at every change between them.
+    static bool lastCheckpointState = checkpointed;
+    if (checkpointed != lastCheckpointState) {
+        MonitorEvent status;
+        status.putBoolean("is_checkpointed", checkpointed);
+        status.send(kStatusEventName, uid, callback_);
+        lastCheckpointState = checkpointed;  // not before the report went out, or a failed one would be the last
+    }
+
+    if (checkpointed) return reject(*event, kGuardAccountCheckpointedDropped, *healthCounters_);
+    return event;
+}
+
+}  // namespace Velo::OS::Telemetry

@@ -1,0 +1,30 @@
+#include "monitors/MonitorEvent.h"
+
+#include <utils/SystemClock.h>
+
+namespace Velo::OS::Telemetry {
+
+using android::String16;
+
+MonitorEvent::MonitorEvent() {
+    putLong("utl_uptime_ms", android::uptimeMillis());
+    putLong("utl_realtime_ms", android::elapsedRealtime());
+}
+
+void MonitorEvent::putBoolean(const std::string& key, bool value) { body_.putBoolean(String16(key.c_str()), value); }
+
+void MonitorEvent::putLong(const std::string& key, int64_t value) { body_.putLong(String16(key.c_str()), value); }
+
+void MonitorEvent::putDouble(const std::string& key, double value) { body_.putDouble(String16(key.c_str()), value); }
+
+void MonitorEvent::putString(const std::string& key, const std::string& value) {
+    body_.putString(String16(key.c_str()), String16(value.c_str()));
+}
+
+void MonitorEvent::send(const char* name, uint32_t uid, const MonitorEventCallback& callback) const {
+    android::os::PersistableBundle envelope;
+    envelope.putPersistableBundle(String16(name), body_);
+    callback(envelope, false, uid);
+}
+
+}  // namespace Velo::OS::Telemetry

@@ -1,0 +1,321 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <thread>
+#include <tuple>
+
+#include "telemetry/AccountCheckpointGuard.h"
+#include "telemetry/DynamicTelemetryGuard.h"
+#include "telemetry/PathwayGuard.h"
+#include "telemetry/RateLimiterGuard.h"
+#include "telemetry/TelemetryEventBundle.h"
+#include "telemetry/TelemetryEventProcessorBuilder.h"
+#include "telemetry/TelemetryStateGuard.h"
+#include "tests/fakes/FakeClock.h"
+#include "tests/fakes/FakeGuardServices.h"
+#include "tests/fakes/FakeTelemetrySettings.h"
+#include "tests/fakes/LogCapture.h"
+
+namespace Velo::OS::Telemetry {
+
+using Lines = std::vector<std::string>;
+using fakes::clocksNs, fakes::kBoot, fakes::kMonotonic;
+
+constexpr int64_t kSecond = 1'000'000'000;  // in ns
+constexpr int64_t kMin = std::numeric_limits<int64_t>::min(), kMax = std::numeric_limits<int64_t>::max();
+
+/// A report with these members as the callback keeps it.
+std::string report(uint32_t uid, const std::string& name, const std::string& members) {
+    return std::to_string(uid) + " {\"" + name + "\":{" + members +
+           ",\"utl_realtime_ms\":9000,\"utl_uptime_ms\":4000}}";
+}
+
+class Guards : public testing::Test {
+protected:
+    Guards() { clocksNs = {{kMonotonic, 4 * kSecond}, {kBoot, 9 * kSecond}}; }
+    ~Guards() override { clocksNs.clear(); }
+
+    /// Whether the guard passes the very event it is given.
+    bool passes(IGuard& guard, const std::string& name, uint32_t uid = 1010123,
+                IntakeFormat format = IntakeFormat::JsonBundle, const char* data = "{}") {
+        auto event = std::make_unique<TelemetryEventBundle>(name, fakes::parsed(data), uid, format);
+        const TelemetryEvent* given = event.get();
+        EventResult verdict = guard.handle(std::move(event));
+        if (verdict.hasError()) {
+            EXPECT_EQ(verdict.error(), std::error_code(22, std::generic_category()));
+            return false;
+        }
+        passed = verdict.takeValue();
+        EXPECT_EQ(passed.get(), given);
+        return true;
+    }
+
+    std::shared_ptr<fakes::FakeTelemetrySettings> settings = fakes::FakeTelemetrySettings::install();
+    std::shared_ptr<fakes::FakeGuardServices> services = std::make_shared<fakes::FakeGuardServices>();
+    std::unique_ptr<TelemetryEvent> passed;
+};
+
+TEST_F(Guards, ThePathwayMustBeAJsonBundleWhileAnEventIsVerified) {
+    PathwayGuard guard(nullptr, services);
+    EXPECT_EQ(guard.name_, "pathway_guard");
+    const std::tuple<IntakeFormat, bool, const char*> cases[] = {
+        // format, passes if verified, display name
+        {IntakeFormat::JsonBundle, true, ""},
+        {IntakeFormat::OsNdk, true, ""},
+        {IntakeFormat::SpecificAtom, false, "Specific Atom"},
+        {IntakeFormat::AndroidAtom, false, "Android Atom"},
+    };
+    fakes::LogCapture log;
+    for (const auto& [format, passesIfVerified, formatName] : cases) {
+        for (const bool verified : {false, true}) {
+            settings->inVerification = verified;
+            const bool drops = verified && !passesIfVerified;
+            EXPECT_EQ(passes(guard, "e", 1, format), !drops) << formatName;
+            EXPECT_EQ(settings->takeCalls(), Lines{"isEventInVerification e 0"});
+            EXPECT_EQ(services->take(), drops ? Lines{"count guard_pathway_dropped 1 of e"} : Lines{});
+            EXPECT_EQ(log.take(), drops ? Lines{std::string("3 TelemetryService: PathwayGuard: e event in verification;"
+                                                            " dropping ") +
+                                                formatName + "."}
+                                        : Lines{});
+        }
+    }
+    settings->inVerification = false;
+    EXPECT_FALSE(passes(guard, "e", 1, IntakeFormat::GenericAtom));
+    EXPECT_EQ(services->take(), Lines{"count guard_pathway_dropped 1 of e"});
+    EXPECT_EQ(settings->takeCalls(), Lines{}) << "generic atoms are refused whatever the settings";
+}
+
+TEST_F(Guards, NothingPassesWhileTelemetryIsDisabled) {
+    TelemetryStateGuard guard(nullptr);
+    EXPECT_EQ(guard.name_, "telemetry_state_guard");
+    EXPECT_TRUE(passes(guard, "e"));
+    settings->enabled = false;
+    EXPECT_FALSE(passes(guard, "e"));
+
+    fakes::WithOwnSettings<TelemetryStateGuard> derived(nullptr);
+    EXPECT_TRUE(passes(derived, "e"));
+    EXPECT_EQ(derived.asked, 1);
+}
+
+struct RateCase {
+    struct Step {
+        int64_t afterNs;
+        int events, pass;
+        std::vector<double> reportedRates;
+    };
+
+    const char* name;
+    RateLimitConfig config;
+    std::vector<Step> steps;
+};
+
+TEST_F(Guards, RatesAreLimitedPerWindow) {
+    constexpr int64_t k2to31 = int64_t{1} << 31, k2to60 = int64_t{1} << 60;
+    const RateCase cases[] = {
+        {"by default",
+         {9000, 9000, 60},
+         {{0, 9000, 9000, {}}, {0, 2, 0, {9001}}, {60 * kSecond - 1, 1, 0, {}}, {1, 1, 1, {}}}},
+        {"more than twice", {3, 3, 10}, {{0, 7, 3, {4}}, {10 * kSecond, 4, 3, {7, 4}}, {11 * kSecond, 1, 1, {}}}},
+        {"exactly twice", {3, 3, 10}, {{0, 6, 3, {4}}, {10 * kSecond, 1, 1, {}}}},
+        {"a window alone", {9000, 9000, 1}, {{0, 9000, 9000, {}}, {kSecond, 1, 0, {9001}}, {59 * kSecond, 1, 1, {}}}},
+        {"windows are not aligned", {1, 1, 10}, {{0, 1, 1, {}}, {15 * kSecond, 1, 1, {}}, {9 * kSecond, 1, 0, {2}}}},
+        {"negative refill", {-1, 2, 1}, {{0, 9, 9, {}}, {9 * kSecond, 9, 9, {}}}},
+        {"negative capacity", {2, -1, 1}, {{0, 9, 9, {}}}},
+        {"no refill", {0, 2, 1}, {{0, 3, 2, {3}}, {9 * kSecond, 9, 0, {}}}},
+        {"no capacity", {2, 0, 1}, {{0, 2, 0, {1}}, {9 * kSecond, 9, 0, {}}}},
+        {"no window", {5, 3, 0}, {{0, 9, 9, {}}}},
+        {"a limit beyond 32 bits", {1, 2 * k2to31 + 2, 1}, {{0, 5, 5, {}}, {kSecond, 1, 1, {5}}}},
+        {"twice a limit beyond 32 bits", {1, k2to31 + 1, 1}, {{0, 3, 3, {}}, {kSecond, 1, 1, {3}}}},
+        // 2^60 times a second in ns is a multiple of 2^64: nothing is added, and the last token is all there is.
+        {"a bucket not filled up", {k2to60, 3, 1}, {{0, 2, 2, {}}, {kSecond, 2, 1, {}}, {kSecond, 3, 3, {}}}},
+        {"a sum beyond 64 bits", {1, kMax, 1}, {{0, 1, 1, {}}, {kSecond, 2, 2, {}}}},
+        {"a window beyond 64 bits", {kMax, 2, kMax}, {{0, 9, 9, {}}, {kSecond, 9, 9, {}}}},
+        {"the least of all", {kMin, kMin, kMin}, {{0, 9, 9, {}}}},
+    };
+    std::vector<double> rates;
+    const auto keepRate = [&](android::os::PersistableBundle envelope, bool /*flag*/, unsigned int /*uid*/) {
+        Json::Value json;
+        EXPECT_TRUE(convertBundleToJson(envelope, json));
+        rates.push_back(json["telemetry_service_event_rate_limit_breach"]["rate"].asDouble());
+    };
+    RateLimiterGuard guard(keepRate, services, services);
+    for (const RateCase& c : cases) {
+        services->rateLimit = c.config;
+        Lines calls = {std::string("limit of ") + c.name};
+        for (const RateCase::Step& step : c.steps) {
+            clocksNs[kMonotonic] += step.afterNs;
+            int pass = 0;
+            for (int i = 0; i < step.events; ++i) pass += passes(guard, c.name) ? 1 : 0;
+            EXPECT_EQ(pass, step.pass) << c.name;
+            EXPECT_EQ(std::exchange(rates, {}), step.reportedRates) << c.name;
+            calls.resize(calls.size() + static_cast<size_t>(step.events - step.pass),
+                         std::string("count guard_rate_limit_dropped 1 of ") + c.name);
+        }
+        EXPECT_EQ(services->take(), calls) << c.name;
+    }
+}
+
+TEST_F(Guards, ARateLimitIsKeptByIdentifierAndItsBreachReportedOnce) {
+    const std::string breach = "telemetry_service_event_rate_limit_breach";
+    RateLimiterGuard guard(services->callback(), services, services);
+    EXPECT_EQ(guard.name_, "rate_limiter_guard");
+    services->rateLimit = {1, 0, 5};
+    fakes::LogCapture log;
+    EXPECT_FALSE(passes(guard, "e"));
+    EXPECT_FALSE(passes(guard, "ondemand_statsd_utl", 7, IntakeFormat::OsNdk, R"({"campaign_id":42})"));
+    services->rateLimit = {};
+    EXPECT_FALSE(passes(guard, "e"));
+    EXPECT_TRUE(passes(guard, "ondemand_statsd_utl", 7, IntakeFormat::OsNdk, R"({"campaign_id":43})"));
+    EXPECT_EQ(services->take(),
+              (Lines{"limit of e", report(1010123, breach, R"("caller":false,"event":"e","rate":1.0)"),
+                     "count guard_rate_limit_dropped 1 of e", "limit of odt_42",
+                     report(7, breach,
+                            R"("caller":false,"event":"ondemand_statsd_utl","event_identifier":"odt_42","rate":1.0)"),
+                     "count guard_rate_limit_dropped 1 of ondemand_statsd_utl", "count guard_rate_limit_dropped 1 of e",
+                     "limit of odt_43"}));
+    const std::string line = "3 TelemetryService: Event rate (events per 5 second) exceeds max, rejecting, event: ";
+    EXPECT_EQ(log.take(), (Lines{line + "e, rate: 1.000000 , max: 0", line + "odt_42, rate: 1.000000 , max: 0"}));
+
+    EXPECT_TRUE(passes(guard, "e", 7, IntakeFormat::SpecificAtom)) << "atoms are not limited";
+    EXPECT_EQ(services->take(), Lines{});
+}
+
+TEST_F(Guards, EachChangeOfTheCheckpointIsReported) {
+    const std::string status = "arvo_telemetry_checkpoint_status_monitor";
+    AccountCheckpointGuard guard(services->callback(), services, services);
+    EXPECT_EQ(guard.name_, "account_checkpoint_guard");
+    services->checkpointed = {2, 3};
+    EXPECT_TRUE(passes(guard, "e", 1)) << "the first answer is no change";
+    EXPECT_FALSE(passes(guard, "e", 2));
+    EXPECT_FALSE(passes(guard, "e", 3));
+    EXPECT_TRUE(passes(guard, status, 3)) << "its own report";
+    EXPECT_TRUE(passes(guard, "e", 1));
+    EXPECT_EQ(services->take(),
+              (Lines{"checkpointed 1", "checkpointed 2", report(2, status, R"("is_checkpointed":true)"),
+                     "count guard_account_checkpointed_dropped 1 of e", "checkpointed 3",
+                     "count guard_account_checkpointed_dropped 1 of e", "checkpointed 1",
+                     report(1, status, R"("is_checkpointed":false)")}));
+}
+
+TEST_F(Guards, TheFirstEventMayBeCheckpointed) {
+    AccountCheckpointGuard guard(nullptr, services, services);
+    services->checkpointed = {1};
+    EXPECT_FALSE(passes(guard, "e", 1));
+}
+
+TEST_F(Guards, DynamicTelemetryCarriesItsRecordsOutBeforeItSettlesTheEvent) {
+    const std::string prefix = "telemetry_service_dynamic_telemetry_";
+    DynamicTelemetryGuard guard(services->callback(), services, services);
+    EXPECT_EQ(guard.name_, "dynamic_telemetry_guard");
+    services->logs = {{{{{"logging_duration_ms", 1}, {"n", 5'000'000'000}}, "c1", 3}, {{}, "", -1}},
+                      {{"c2", "app_launch", {{"m", 1}}, 4}}};
+    services->fetches = {{"c3", std::nullopt, 1'234'567, FetchOutcome::UserTokenEmpty}};
+    services->unwanted = {"e"};
+    EXPECT_FALSE(passes(guard, "e"));
+    EXPECT_EQ(
+        services->take(),
+        (Lines{
+            "evaluate e", "logs",
+            report(1000, prefix + "guard_performance",
+                   R"("dynamic_telemetry_config_id":"c1","logging_duration_ms":3,"n":5000000000)"),
+            report(1000, prefix + "guard_performance", R"("dynamic_telemetry_config_id":"","logging_duration_ms":-1)"),
+            report(
+                1000, prefix + "monitor",
+                R"("dynamic_telemetry_config_id":"c2","logging_duration_ms":4,"m":1,"processed_event_name":"app_launch")"),
+            "fetches",
+            report(
+                1000, prefix + "config_performance",
+                R"("active_dynamic_telemetry_config_id":"c3","fetch_finished_ms":1234,"fetch_outcome":"userTokenEmpty")"),
+            "count guard_dynamic_telemetry_dropped 1 of e"}));
+
+    services->sampleRate = 0.25F;
+    EXPECT_TRUE(passes(guard, "f"));
+    EXPECT_EQ(services->take(), (Lines{"evaluate f", "logs", "fetches", "config of 10"}));
+    EXPECT_EQ(passed->getJsonString(),
+              R"({"applied_sample_rate":4,"dynamic_telemetry_config_id":"c7","realtime":false})");
+}
+
+TEST_F(Guards, FetchesReportTheirOutcome) {
+    DynamicTelemetryGuard guard(services->callback(), services, services);
+    const char* texts[] = {"noChange", "persistSuccess", "persistError", "parseError", "endpointError"};
+    for (int i = 0; i < 5; ++i) {
+        services->fetches = {{"", "f", -1999, static_cast<FetchOutcome>(i)}};
+        passes(guard, "e");
+        EXPECT_EQ(services->take()[3],
+                  report(1000, "telemetry_service_dynamic_telemetry_config_performance",
+                         std::string(R"("active_dynamic_telemetry_config_id":"","fetch_finished_ms":-1,)") +
+                             R"("fetch_outcome":")" + texts[i] + R"(","fetched_dynamic_telemetry_config_id":"f")"));
+    }
+}
+
+TEST_F(Guards, AReportThatFailsLeavesTheGuardUsable) {
+    AccountCheckpointGuard checkpoint(services->callback(), services, services);
+    AccountCheckpointGuard silentCheckpoint(nullptr, services, services);
+    services->checkpointed = {2};
+    EXPECT_TRUE(passes(checkpoint, "e", 1));
+    services->reportsFail = true;
+    for (int i = 0; i < 2; ++i) EXPECT_THROW(passes(checkpoint, "e", 2), std::runtime_error) << "not reported yet";
+    EXPECT_THROW(passes(silentCheckpoint, "e", 2), std::bad_function_call);
+    EXPECT_TRUE(passes(silentCheckpoint, "e", 1)) << "nothing to report";
+    services->reportsFail = false;
+    EXPECT_FALSE(passes(checkpoint, "e", 2));
+
+    RateLimiterGuard rateLimiter(nullptr, services, services);
+    services->rateLimit = {0, 0, 0};
+    EXPECT_THROW(passes(rateLimiter, "e"), std::bad_function_call);
+    EXPECT_FALSE(passes(rateLimiter, "e"));
+
+    DynamicTelemetryGuard dynamicTelemetry(nullptr, services, services);
+    services->logs = {{{{}, "", 0}}, {}};
+    EXPECT_THROW(passes(dynamicTelemetry, "e"), std::bad_function_call);
+    EXPECT_TRUE(passes(dynamicTelemetry, "e"));
+}
+
+struct VerifyingPathwayGuard : PathwayGuard {
+    using PathwayGuard::PathwayGuard;
+    bool isEventInVerification(const std::string& eventName) override { return eventName == "verified"; }
+};
+
+TEST_F(Guards, CountersAddUpWhenThreadsShareAProcessor) {
+    clocksNs.clear();
+    services->checkpointed = {7};
+    services->rateLimit = {100, 100, 3600};
+    services->unwanted = {"unwanted"};
+    const auto callback = services->callback();
+    const auto processor = TelemetryEventProcessorBuilder(nullptr, nullptr)
+                               .addGuard(std::make_shared<TelemetryStateGuard>(callback))
+                               .addGuard(std::make_shared<VerifyingPathwayGuard>(callback, services))
+                               .addGuard(std::make_shared<AccountCheckpointGuard>(callback, services, services))
+                               .addGuard(std::make_shared<RateLimiterGuard>(callback, services, services))
+                               .addGuard(std::make_shared<DynamicTelemetryGuard>(callback, services, services))
+                               .build();
+    std::atomic<int> kept = 0;
+    const auto run = [&] {
+        const std::pair<const char*, uint32_t> kinds[] = {
+            {"verified", 1}, {"held", 7}, {"a", 1}, {"b", 1}, {"unwanted", 1}};
+        for (int i = 0; i < 2000; ++i) {
+            const auto& [name, uid] = kinds[i % 5];
+            const auto format = i % 5 == 0 ? IntakeFormat::HalAtom : IntakeFormat::JsonBundle;
+            auto event = std::make_unique<TelemetryEventBundle>(name, Json::Value(), uid, format);
+            if (processor->processEvent(std::move(event)).hasValue()) ++kept;
+        }
+    };
+    std::thread other(run);
+    run();
+    other.join();
+
+    const Lines calls = services->take();
+    const auto counted = [&](const std::string& call) { return std::count(calls.begin(), calls.end(), call); };
+    EXPECT_EQ(counted("count guard_pathway_dropped 1 of verified"), 800);
+    EXPECT_EQ(counted("count guard_account_checkpointed_dropped 1 of held"), 800);
+    for (const std::string name : {"a", "b", "unwanted"}) {
+        EXPECT_EQ(counted("limit of " + name), 1);
+        EXPECT_EQ(counted("count guard_rate_limit_dropped 1 of " + name), 700);
+    }
+    EXPECT_EQ(counted("count guard_dynamic_telemetry_dropped 1 of unwanted"), 100);
+    EXPECT_EQ(kept, 200);
+}
+
+}  // namespace Velo::OS::Telemetry
