@@ -3,7 +3,8 @@
 
 #include "benchmarks/Allocations.h"
 #include "benchmarks/SampleEvent.h"
-#include "replay/DevicePipeline.h"
+#include "platform/settings/HostTelemetrySettings.h"
+#include "replay/DeviceAppliers.h"
 #include "telemetry/TelemetryEventBundle.h"
 
 namespace Velo::OS::Telemetry::benchmarks {
@@ -66,7 +67,11 @@ void floorOfAppliers(benchmark::State& state) {
 /// The same through an event, the eleven appliers and services that look everything up.
 void elevenAppliers(benchmark::State& state) {
     const Json::Value sample = sampleData();
-    const auto pipeline = replay::buildDevicePipeline(sampleDevice(), std::make_shared<CountingNumbers>());
+    const auto services = std::make_shared<replay::DeviceServices>(sampleDevice());
+    host::setTelemetrySettings(services);
+    TelemetryEventProcessorBuilder builder(nullptr, nullptr);
+    replay::addAppliers(builder, services, std::make_shared<CountingNumbers>());
+    const auto pipeline = std::move(builder).build();
     const Allocations allocations(state);
     for (auto _ : state) {
         auto event = std::make_unique<TelemetryEventBundle>(kName, sample, kUid, IntakeFormat::JsonBundle);

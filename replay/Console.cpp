@@ -15,7 +15,7 @@ namespace {
 constexpr size_t kMaxMessageLength = 500;
 
 std::string placed(const LinePlace& place, std::string_view message) {
-    return place.file + ":" + std::to_string(place.line) + ": " + std::string(message);
+    return toText(place) + ": " + std::string(message);
 }
 
 void writeToStandardError(std::string_view text) {
@@ -45,18 +45,28 @@ void Console::showProgress(uint64_t totalBytes) {
 }
 
 void Console::summary(const Counts& counts, std::chrono::steady_clock::duration elapsed) {
-    if (quiet_) return;
     const double seconds = std::chrono::duration<double>(elapsed).count();
     const double rate = seconds > 0 ? static_cast<double>(counts.read) / seconds : 0;
-    char text[256];
-    const auto number = [](uint64_t count) { return static_cast<unsigned long long>(count); };
-    const int length =
-        std::snprintf(text, sizeof(text),
-                      "read               %12llu\nkept               %12llu\ndropped            %12llu\n"
-                      "bad                %12llu\nbytes              %12llu\nevents per second  %12.0f\n",
-                      number(counts.read), number(counts.kept), number(counts.dropped), number(counts.bad),
-                      number(counts.bytes), rate);
-    writeToStandardError({text, static_cast<size_t>(length)});
+    table({}, {{"read", counts.read},
+               {"reported", counts.reported},
+               {"kept", counts.kept},
+               {"dropped", counts.dropped},
+               {"bad", counts.bad},
+               {"bytes", counts.bytes},
+               {"events per second", static_cast<uint64_t>(rate)}});
+}
+
+void Console::table(const std::string& title, const Rows& rows) {
+    if (quiet_) return;
+    const std::string indent = title.empty() ? "" : "  ";
+    std::string text = title.empty() ? "" : title + "\n";
+    for (const auto& [name, value] : rows) {
+        char row[128];
+        std::snprintf(row, sizeof(row), "%-38s %12llu\n", (indent + name).c_str(),
+                      static_cast<unsigned long long>(value));
+        text += row;
+    }
+    writeToStandardError(text);
 }
 
 void Console::print(std::string_view line) {

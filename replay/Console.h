@@ -5,17 +5,20 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "replay/LinePlace.h"
 #include "replay/ProgressBar.h"
 
 namespace Velo::OS::Telemetry::replay {
 
-/// What became of the events. Every event read is kept, dropped or bad.
+/// What became of the events. Every event read or reported is kept, dropped or bad.
 struct Counts {
     uint64_t read = 0;
+    uint64_t reported = 0;  // monitor events that were logged as events of their own
     uint64_t kept = 0;
-    uint64_t dropped = 0;  // by a stage
+    uint64_t dropped = 0;  // by a guard
     uint64_t bad = 0;      // lines that are no event, or one that cannot be converted
     uint64_t bytes = 0;    // of input
 };
@@ -40,6 +43,9 @@ public:
     void hideProgress() { bar_.reset(); }
 
     void summary(const Counts& counts, std::chrono::steady_clock::duration elapsed);
+    /// More of the summary: names and numbers.
+    using Rows = std::vector<std::pair<std::string, uint64_t>>;
+    void table(const std::string& title, const Rows& rows);
 
 private:
     void print(std::string_view line);

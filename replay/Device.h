@@ -6,11 +6,13 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 
 #include "telemetry/AppOverrideManager.h"
 #include "telemetry/IPackageInfoManager.h"
+#include "telemetry/IRateLimiterConfigManager.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -32,6 +34,22 @@ struct Device {
         std::optional<uint64_t> timeMs, bootTimeMs;  // none: what this machine's clocks show
     };
 
+    struct RateLimits {
+        RateLimitConfig byDefault;
+        std::map<std::string, RateLimitConfig> byIdentifier;
+    };
+
+    struct DynamicTelemetry {
+        struct Rule {
+            bool keep = true;
+            double sampleRate = 1;  // the share of the events that is kept
+        };
+
+        uint64_t seed = 1;                        // of the draws
+        std::map<uint32_t, std::string> configs;  // the id of the active one by Android user
+        std::map<std::string, Rule> events;       // by name; one that has no rule is kept
+    };
+
     std::optional<std::string> telemetryId, morlekId;
     std::map<std::string, std::string> systemProperties;
     std::map<int32_t, User> users;
@@ -41,6 +59,11 @@ struct Device {
     Sessions sessions;
     std::shared_ptr<IAppOverrideManager> appOverrides = std::make_shared<AppOverrideManager>();
     Clock clock;
+    std::map<int64_t, bool> telemetryEnabled;  // by the moment, ms since boot, from which each holds; at first it is
+    std::set<std::string> eventsInVerification;
+    RateLimits rateLimits;
+    std::set<uint32_t> checkpointedUids;
+    DynamicTelemetry dynamicTelemetry;
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -1,5 +1,7 @@
 #include "replay/DeviceFile.h"
 
+#include <limits>
+
 #include "replay/FileError.h"
 #include "replay/JsonNode.h"
 #include "replay/StrictJson.h"
@@ -62,16 +64,21 @@ void readForeground(const JsonNode& node, PackageInfo& foreground) {
     node.object({{"package", into(foreground.packageName)}, {"version_name", into(foreground.versionName)}});
 }
 
-void readSessions(const JsonNode& node, Device::Sessions& sessions) {
-    const auto readContext = [&](const JsonNode& element) {
+/// What holds when: an array of objects that name the moment and, in the field, the value from then on.
+template <typename T>
+void readTimeline(const JsonNode& node, const char* field, std::map<int64_t, T>& timeline) {
+    node.elements([&](const JsonNode& element) {
         int64_t sinceMs = 0;
-        std::string context;
-        element.object({{"since_ms", into(sinceMs)}, {"context", into(context)}});
-        if (!sessions.contexts.emplace(sinceMs, context).second) element.fail("another one has the same since_ms");
-    };
+        T value{};
+        element.object({{"since_ms", into(sinceMs)}, {field, into(value)}});
+        if (!timeline.emplace(sinceMs, std::move(value)).second) element.fail("another one has the same since_ms");
+    });
+}
+
+void readSessions(const JsonNode& node, Device::Sessions& sessions) {
     node.object({{"attach_to_all_events", into(sessions.attachToAllEvents)},
                  {"legacy", into(sessions.legacy)},
-                 {"v2", [&](const JsonNode& contexts) { contexts.elements(readContext); }}});
+                 {"v2", [&](const JsonNode& contexts) { readTimeline(contexts, "context", sessions.contexts); }}});
 }
 
 void readAppOverrides(const JsonNode& node, IAppOverrideManager& overrides) {
@@ -97,6 +104,39 @@ void readClock(const JsonNode& node, Device::Clock& clock) {
     if (clock.timeMs.has_value() != clock.bootTimeMs.has_value()) node.fail("time_ms and boot_time_ms go together");
 }
 
+void readTelemetryEnabled(const JsonNode& node, std::map<int64_t, bool>& enabled) {
+    if (node.isArray()) return readTimeline(node, "enabled", enabled);
+    node.read(enabled[std::numeric_limits<int64_t>::min()]);
+}
+
+void readRateLimits(const JsonNode& node, Device::RateLimits& limits) {
+    const auto readLimit = [](const JsonNode& limit, RateLimitConfig& config) {
+        limit.object({{"refill_count", into(config.refillCount)},
+                      {"max_events", into(config.maxEvents)},
+                      {"window_seconds", into(config.windowSeconds)}});
+    };
+    const auto readIdentifier = [&](const std::string& identifier, const JsonNode& limit) {
+        readLimit(limit, limits.byIdentifier[identifier]);
+    };
+    node.object({{"default", [&](const JsonNode& limit) { readLimit(limit, limits.byDefault); }},
+                 {"identifiers", [&](const JsonNode& identifiers) { identifiers.members(readIdentifier); }}});
+}
+
+void readDynamicTelemetry(const JsonNode& node, Device::DynamicTelemetry& telemetry) {
+    const auto readSampleRate = [](const JsonNode& rate, double& sampleRate) {
+        rate.read(sampleRate);
+        if (!(sampleRate >= 0 && sampleRate <= 1)) rate.fail("expected a number from 0 to 1");
+    };
+    const auto readRule = [&](const std::string& eventName, const JsonNode& event) {
+        Device::DynamicTelemetry::Rule& rule = telemetry.events[eventName];
+        event.object({{"keep", into(rule.keep)},
+                      {"sample_rate", [&](const JsonNode& rate) { readSampleRate(rate, rule.sampleRate); }}});
+    };
+    node.object({{"seed", into(telemetry.seed)},
+                 {"configs", into(telemetry.configs)},
+                 {"events", [&](const JsonNode& events) { events.members(readRule); }}});
+}
+
 }  // namespace
 
 Device readDevice(InputFile& file) {
@@ -112,6 +152,11 @@ Device readDevice(InputFile& file) {
             {"foreground", [&](const JsonNode& node) { readForeground(node, device.foreground); }},
             {"sessions", [&](const JsonNode& node) { readSessions(node, device.sessions); }},
             {"app_overrides", [&](const JsonNode& node) { readAppOverrides(node, *device.appOverrides); }},
+            {"telemetry_enabled", [&](const JsonNode& node) { readTelemetryEnabled(node, device.telemetryEnabled); }},
+            {"events_in_verification", into(device.eventsInVerification)},
+            {"rate_limits", [&](const JsonNode& node) { readRateLimits(node, device.rateLimits); }},
+            {"checkpointed_uids", into(device.checkpointedUids)},
+            {"dynamic_telemetry", [&](const JsonNode& node) { readDynamicTelemetry(node, device.dynamicTelemetry); }},
             {"clock", [&](const JsonNode& node) { readClock(node, device.clock); }},
         });
     return device;

@@ -1,63 +1,92 @@
 #include "replay/DevicePipeline.h"
 
 #include <android-base/properties.h>
+#include <cutils/multiuser.h>
 
 #include <utility>
 
 #include "platform/settings/HostTelemetrySettings.h"
-#include "replay/DeviceServices.h"
-#include "telemetry/ApplicationInfoApplier.h"
-#include "telemetry/DeviceIDApplier.h"
-#include "telemetry/DeviceInfoApplier.h"
-#include "telemetry/DeviceSettingApplier.h"
-#include "telemetry/IdentityApplier.h"
-#include "telemetry/OSUtilsDeviceIdApplier.h"
-#include "telemetry/PackageInfoApplier.h"
-#include "telemetry/SequenceNumberApplier.h"
-#include "telemetry/SessionsApplier.h"
-#include "telemetry/SystemPropertyApplier.h"
+#include "replay/CountingRateLimiter.h"
+#include "replay/DeviceAppliers.h"
+#include "replay/DynamicTelemetryRules.h"
+#include "telemetry/AccountCheckpointGuard.h"
+#include "telemetry/DynamicTelemetryGuard.h"
+#include "telemetry/PathwayGuard.h"
 #include "telemetry/TelemetryEventProcessorBuilder.h"
-#include "telemetry/TimestampApplier.h"
+#include "telemetry/TelemetryStateGuard.h"
 
 namespace Velo::OS::Telemetry::replay {
 
-namespace {
+DevicePipeline::DevicePipeline(Device device, std::shared_ptr<SequenceNumberManager> sequenceNumbers)
+    : services_(std::make_shared<DeviceServices>(std::move(device))) {
+    for (const auto& [name, value] : services_->device().systemProperties) android::base::SetProperty(name, value);
+    host::setTelemetrySettings(services_);
 
-/// Stands still where the device's description says when it is.
-class DeviceClock : public AdjustedClock {
-public:
-    explicit DeviceClock(const Device::Clock& clock) : clock_(clock) {}
+    makeGuards();
+    TelemetryEventProcessorBuilder builder(watch_, watch_);
+    for (const Guard& guard : guards_) builder.addGuard(guard.guard);
+    addAppliers(builder, services_, std::move(sequenceNumbers));
+    processor_ = std::move(builder).build();
+}
 
-    AdjustedTimestamp getTimestamp() const override {
-        const AdjustedTimestamp now = AdjustedClock::getTimestamp();
-        return {now.isAdjusted, clock_.timeMs.value_or(now.timestampMs), clock_.bootTimeMs.value_or(now.bootTimeMs)};
+/// Sampling comes last: an event that was drawn stands for others, and would be missed more than once.
+void DevicePipeline::makeGuards() {
+    const MonitorEventCallback report = [this](const android::os::PersistableBundle& envelope, bool /*flag*/,
+                                               unsigned int uid) { reports_.push_back(openReport(envelope, uid)); };
+    const auto add = [this](std::shared_ptr<IGuard> guard, std::function<void(Json::Value&)> explain) {
+        guards_.push_back({std::move(guard), std::move(explain)});
+    };
+    add(std::make_shared<TelemetryStateGuard>(report), [this](Json::Value& why) {
+        why["reason"] = "state.disabled";
+        why["realtime_ms"] = Json::Int64{services_->moment()};
+    });
+    add(std::make_shared<PathwayGuard>(report, watch_), [this](Json::Value& why) {
+        const IntakeFormat format = watch_->sight().format;
+        why["reason"] = format == IntakeFormat::GenericAtom ? "pathway.generic_atom" : "pathway.in_verification";
+        why["format"] = getFormatName(format);
+    });
+    add(std::make_shared<AccountCheckpointGuard>(report, services_, watch_), [this](Json::Value& why) {
+        why["reason"] = "checkpoint.account";
+        why["uid"] = watch_->sight().uid;
+        why["user"] = multiuser_get_user_id(watch_->sight().uid);
+    });
+    const auto rateLimiter = std::make_shared<CountingRateLimiter>(report, watch_, services_);
+    add(rateLimiter, [rateLimiter](Json::Value& why) { rateLimiter->explain(why); });
+    const auto rules = std::make_shared<DynamicTelemetryRules>(services_->device().dynamicTelemetry);
+    add(std::make_shared<DynamicTelemetryGuard>(report, rules, watch_),
+        [rules](Json::Value& why) { rules->explain(why); });
+}
+
+EventResult DevicePipeline::processEvent(std::unique_ptr<TelemetryEvent> event) {
+    services_->setMoment(event->clientCreatedTime());
+    watch_->begin();
+    EventResult result = processor_->processEvent(std::move(event));
+    // No applier refuses an event, so an error is a guard's.
+    droppedBy_ = nullptr;
+    for (Guard& guard : guards_) {
+        if (result.hasError() && guard.guard->name_ == watch_->sight().stage) droppedBy_ = &guard;
     }
+    if (droppedBy_) ++droppedBy_->dropped;
+    return result;
+}
 
-private:
-    const Device::Clock clock_;
-};
+Json::Value DevicePipeline::explainDrop() const {
+    Json::Value why;
+    if (!droppedBy_) return why;
+    const std::optional<std::string>& counter = watch_->sight().counter;
+    why["guard"] = droppedBy_->guard->name_;
+    why["counter"] = counter ? Json::Value(*counter) : Json::Value();
+    droppedBy_->explain(why);
+    return why;
+}
 
-}  // namespace
+std::vector<MonitorReport> DevicePipeline::takeReports() { return std::exchange(reports_, {}); }
 
-std::shared_ptr<TelemetryEventProcessor> buildDevicePipeline(Device device,
-                                                             std::shared_ptr<SequenceNumberManager> sequenceNumbers) {
-    for (const auto& [name, value] : device.systemProperties) android::base::SetProperty(name, value);
-    const std::shared_ptr<IAppOverrideManager> overrides = device.appOverrides;
-    const Device::Clock clock = device.clock;
-    const auto services = std::make_shared<DeviceServices>(std::move(device));
-    host::setTelemetrySettings(services);
-
-    return TelemetryEventProcessorBuilder(nullptr, nullptr)
-        .addApplier(std::make_shared<DeviceInfoApplier>(
-            std::make_unique<DeviceIDApplier>(), std::make_unique<OSUtilsDeviceIdApplier>(),
-            std::make_unique<DeviceSettingApplier>(), std::make_unique<SystemPropertyApplier>()))
-        .addApplier(std::make_shared<IdentityApplier>(services, overrides))
-        .addApplier(std::make_shared<ApplicationInfoApplier>(std::make_unique<PackageInfoApplier>(services, overrides),
-                                                             overrides))
-        .addApplier(std::make_shared<SequenceNumberApplier>(std::move(sequenceNumbers)))
-        .addApplier(std::make_shared<SessionsApplier>(services))
-        .addApplier(std::make_shared<TimestampApplier>(std::make_shared<DeviceClock>(clock)))
-        .build();
+std::vector<std::pair<std::string, uint64_t>> DevicePipeline::drops() const {
+    std::vector<std::pair<std::string, uint64_t>> drops;
+    drops.reserve(guards_.size());
+    for (const Guard& guard : guards_) drops.emplace_back(guard.guard->name_, guard.dropped);
+    return drops;
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -1,16 +1,61 @@
 #pragma once
 
+#include <json/value.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
 #include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "replay/Device.h"
+#include "replay/DeviceServices.h"
+#include "replay/MonitorReport.h"
+#include "replay/PipelineWatch.h"
+#include "telemetry/IGuard.h"
 #include "telemetry/SequenceNumberManager.h"
 #include "telemetry/TelemetryEventProcessor.h"
 
 namespace Velo::OS::Telemetry::replay {
 
-/// The pipeline as the service builds it, on that device. Sets the settings and the system properties of the process,
-/// and the library keeps what it has once read of them: one device in the life of a process.
-std::shared_ptr<TelemetryEventProcessor> buildDevicePipeline(Device device,
-                                                             std::shared_ptr<SequenceNumberManager> sequenceNumbers);
+/// The pipeline as the service builds it, on a device. For one thread.
+class DevicePipeline {
+public:
+    /// Sets the settings and the system properties of the process, and the library keeps what it has once read of them:
+    /// one device in the life of a process.
+    DevicePipeline(Device device, std::shared_ptr<SequenceNumberManager> sequenceNumbers);
+    DevicePipeline(const DevicePipeline&) = delete;
+    DevicePipeline& operator=(const DevicePipeline&) = delete;
+
+    EventResult processEvent(std::unique_ptr<TelemetryEvent> event);
+
+    /// Why the last event was dropped: "guard", "counter" (null if the guard has none), "reason" and what the decision
+    /// rested on. Null if it was not.
+    Json::Value explainDrop() const;
+    /// What the stages have reported since the last call.
+    std::vector<MonitorReport> takeReports();
+
+    /// How many events each guard has dropped, in the order in which they run.
+    std::vector<std::pair<std::string, uint64_t>> drops() const;
+    const std::map<std::string, uint64_t>& counters() const { return watch_->counters(); }
+
+private:
+    struct Guard {
+        std::shared_ptr<IGuard> guard;
+        std::function<void(Json::Value&)> explain;
+        uint64_t dropped = 0;
+    };
+
+    void makeGuards();
+
+    const std::shared_ptr<DeviceServices> services_;
+    const std::shared_ptr<PipelineWatch> watch_ = std::make_shared<PipelineWatch>();
+    std::vector<MonitorReport> reports_;
+    std::vector<Guard> guards_;
+    Guard* droppedBy_ = nullptr;  // the last event
+    std::shared_ptr<TelemetryEventProcessor> processor_;
+};
 
 }  // namespace Velo::OS::Telemetry::replay

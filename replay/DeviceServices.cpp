@@ -13,11 +13,20 @@ typename Map::mapped_type valueOr(const Map& map, const typename Map::key_type& 
     return found == map.end() ? otherwise : found->second;
 }
 
+/// What holds at a moment of a timeline.
+template <typename T>
+T valueAt(const std::map<int64_t, T>& timeline, int64_t momentMs, T beforeTheFirst) {
+    const auto later = timeline.upper_bound(momentMs);
+    return later == timeline.begin() ? beforeTheFirst : std::prev(later)->second;
+}
+
 }  // namespace
 
 Device::User DeviceServices::user(std::optional<int32_t> userId) const {
     return valueOr(device_.users, userId.value_or(0));
 }
+
+bool DeviceServices::isTelemetryEnabled() { return valueAt(device_.telemetryEnabled, momentMs_, true); }
 
 int32_t DeviceServices::getManagedMode(int64_t /*momentNs*/, std::optional<int32_t> userId) {
     return user(userId).managedMode;
@@ -36,9 +45,11 @@ PackageInfo DeviceServices::getPackageInfo(const std::string& packageName, uint3
 Json::Value DeviceServices::getSessions(int32_t userId) { return valueOr(device_.sessions.legacy, userId); }
 
 std::string DeviceServices::getSessionsV2(int64_t momentNs) {
-    const auto& contexts = device_.sessions.contexts;
-    const auto later = contexts.upper_bound(momentNs / 1'000'000);
-    return later == contexts.begin() ? std::string() : std::prev(later)->second;
+    return valueAt(device_.sessions.contexts, momentNs / 1'000'000, {});
+}
+
+RateLimitConfig DeviceServices::getRateLimitConfig(const std::string& eventIdentifier) {
+    return valueOr(device_.rateLimits.byIdentifier, eventIdentifier, device_.rateLimits.byDefault);
 }
 
 }  // namespace Velo::OS::Telemetry::replay

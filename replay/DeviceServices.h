@@ -1,8 +1,10 @@
 #pragma once
 
 #include "replay/Device.h"
+#include "telemetry/IAccountCheckpointManager.h"
 #include "telemetry/IIdentityManager.h"
 #include "telemetry/IPackageInfoManager.h"
+#include "telemetry/IRateLimiterConfigManager.h"
 #include "telemetry/ISessionManager.h"
 #include "telemetry/ITelemetrySettingsManager.h"
 
@@ -13,11 +15,18 @@ namespace Velo::OS::Telemetry::replay {
 class DeviceServices : public ITelemetrySettingsManager,
                        public IIdentityManager,
                        public IPackageInfoManager,
-                       public ISessionManager {
+                       public ISessionManager,
+                       public IRateLimiterConfigManager,
+                       public IAccountCheckpointManager {
 public:
     explicit DeviceServices(Device device) : device_(std::move(device)) {}
 
-    bool isTelemetryEnabled() override { return true; }
+    const Device& device() const { return device_; }
+    /// When the event in hand was created, in ms since boot. What changes in the course of a day is as it was then.
+    void setMoment(int64_t momentMs) { momentMs_ = momentMs; }
+    int64_t moment() const { return momentMs_; }
+
+    bool isTelemetryEnabled() override;
     std::optional<std::string> getTelemetryDeviceId() override { return device_.telemetryId; }
     std::optional<std::string> getMorlekDeviceId() override { return device_.morlekId; }
     /// Users whose modes are not known have those of a fresh `Device::User`.
@@ -31,7 +40,9 @@ public:
     int64_t getClockAdjustmentMs() override { return 0; }
     void setClockAdjustmentMs(int64_t /*adjustmentMs*/) override {}
     bool isGkEnabled(const std::string& /*gateName*/) override { return false; }
-    bool isEventInVerification(const std::string& /*eventName*/) override { return false; }
+    bool isEventInVerification(const std::string& eventName) override {
+        return device_.eventsInVerification.count(eventName) > 0;
+    }
 
     std::string getUserIdForUid(uint32_t uid) override;
 
@@ -44,10 +55,15 @@ public:
     /// Empty before the first context.
     std::string getSessionsV2(int64_t momentNs) override;
 
+    RateLimitConfig getRateLimitConfig(const std::string& eventIdentifier) override;
+
+    bool isAccountCheckpointed(uint32_t uid) override { return device_.checkpointedUids.count(uid) > 0; }
+
 private:
     Device::User user(std::optional<int32_t> userId) const;
 
     const Device device_;
+    int64_t momentMs_ = 0;
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -29,6 +29,8 @@ constexpr std::pair<std::string_view, Json::Value * Fields::*> kFields[] = {
     {"atom_id", &Fields::atomId}, {"data", &Fields::data}, {"bundle", &Fields::bundle},
 };
 
+constexpr std::string_view kDropped = "dropped", kReportedAt = "reported_at";
+
 constexpr uint32_t kDefaultUid = 1000;  // the system's own
 
 MaybeError findFields(Json::Value& line, Fields& fields) {
@@ -38,6 +40,7 @@ MaybeError findFields(Json::Value& line, Fields& fields) {
         for (const auto& [known, pointer] : kFields) {
             if (name == known) field = pointer;
         }
+        if (name == kDropped || name == kReportedAt) continue;
         if (field == nullptr) return LineError{name + ": unknown member"};
         fields.*field = &*member;
     }
@@ -105,6 +108,10 @@ EventDecoder::Decoded EventDecoder::decode(std::string_view line) {
     if (MaybeError error = checkTypes(fields)) return *std::move(error);
     if (MaybeError error = checkTogether(fields)) return *std::move(error);
     return decodeFields(fields, line);
+}
+
+const Json::Value* EventDecoder::earlierDrop() const {
+    return root_.find(kDropped.data(), kDropped.data() + kDropped.size());
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -28,6 +28,9 @@ struct LineError {
 ///     bundle    object: the payload of a bundle event, typed as `bundleFromJson` says
 ///     realtime  of a bundle event: bool, false if absent
 ///
+/// Two members that the tool itself adds to lines that it writes, "dropped" and "reported_at", are no part of the
+/// event.
+///
 /// Not to be used by two threads at once.
 class EventDecoder {
 public:
@@ -35,6 +38,9 @@ public:
 
     /// A NUL must follow the line in memory.
     Decoded decode(std::string_view line);
+
+    /// The member "dropped" of the line decoded last, which must have been an event; null if it has none.
+    const Json::Value* earlierDrop() const;
 
 private:
     StrictJson json_;

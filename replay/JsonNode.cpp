@@ -19,6 +19,11 @@ void JsonNode::read(std::string& out) const {
     out = value_.asString();
 }
 
+void JsonNode::read(double& out) const {
+    if (!value_.isNumeric()) fail("expected a number");
+    out = value_.asDouble();
+}
+
 template <typename Integer>
 void JsonNode::readInteger(Integer& out) const {
     if (!isIntegerLiteral(value_) || !value_.is<Integer>()) fail("expected " + nameOf<Integer>());
@@ -27,6 +32,7 @@ void JsonNode::readInteger(Integer& out) const {
 
 template void JsonNode::readInteger(int32_t&) const;
 template void JsonNode::readInteger(int64_t&) const;
+template void JsonNode::readInteger(uint32_t&) const;
 template void JsonNode::readInteger(uint64_t&) const;
 
 void JsonNode::object(std::initializer_list<Field> fields) const {

@@ -9,6 +9,7 @@
 #include <limits>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
 namespace Velo::OS::Telemetry::replay {
@@ -33,11 +34,22 @@ public:
     void read(std::string& out) const;
     void read(int32_t& out) const { readInteger(out); }
     void read(int64_t& out) const { readInteger(out); }
+    void read(uint32_t& out) const { readInteger(out); }
     void read(uint64_t& out) const { readInteger(out); }
+    void read(double& out) const;
     void read(Json::Value& out) const { out = value_; }
     template <typename T>
     void read(std::optional<T>& out) const {
         read(out.emplace());
+    }
+    /// An array. An element may occur twice.
+    template <typename T>
+    void read(std::set<T>& out) const {
+        elements([&](const JsonNode& element) {
+            T item{};
+            element.read(item);
+            out.insert(std::move(item));
+        });
     }
     /// Members by name.
     template <typename T>
@@ -49,6 +61,8 @@ public:
     void read(std::map<Integer, T>& out) const {
         numbered<Integer>([&](Integer number, const JsonNode& member) { member.read(out[number]); });
     }
+
+    bool isArray() const { return value_.isArray(); }
 
     /// An object with these fields and no others. Each may be absent.
     void object(std::initializer_list<Field> fields) const;

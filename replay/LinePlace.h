@@ -11,4 +11,6 @@ struct LinePlace {
     uint64_t line = 0;  // from 1
 };
 
+inline std::string toText(const LinePlace& place) { return place.file + ":" + std::to_string(place.line); }
+
 }  // namespace Velo::OS::Telemetry::replay

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "replay/DropLine.h"
 #include "replay/LibraryLog.h"
 #include "replay/OutputLine.h"
 
@@ -22,8 +23,8 @@ public:
 
 }  // namespace
 
-Replay::Replay(RunFiles& files, const TelemetryEventProcessor& processor, Console& console, BadLines badLines)
-    : files_(files), processor_(processor), console_(console), badLines_(badLines) {}
+Replay::Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, BadLines badLines)
+    : files_(files), pipeline_(pipeline), console_(console), badLines_(badLines) {}
 
 void Replay::run() {
     const LoggingPlace loggingPlace(place_);
@@ -56,16 +57,15 @@ void Replay::handleLine(std::string_view line) {
     if (const auto* error = std::get_if<LineError>(&decoded)) {
         reject(line, error->text);
     } else {
-        handleEvent(std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded)), line);
+        handleEvent(std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded)), line, decoder_.earlierDrop());
+        logReports();
     }
 }
 
-void Replay::handleEvent(std::unique_ptr<TelemetryEvent> event, std::string_view line) {
-    EventResult result = processor_.processEvent(std::move(event));
-    if (result.hasError()) {
-        ++counts_.dropped;
-        return;
-    }
+/// `line` describes the event, with the member "dropped" that it had, if any.
+void Replay::handleEvent(std::unique_ptr<TelemetryEvent> event, std::string_view line, const Json::Value* earlierDrop) {
+    EventResult result = pipeline_.processEvent(std::move(event));
+    if (result.hasError()) return writeDrop(line, earlierDrop);
     const std::unique_ptr<TelemetryEvent> processed = result.takeValue();
     if (!writeOutputLine(*processed, outputLine_)) {
         reject(line, "bundle: cannot be converted to JSON");
@@ -73,6 +73,38 @@ void Replay::handleEvent(std::unique_ptr<TelemetryEvent> event, std::string_view
     }
     ++counts_.kept;
     files_.output.write(outputLine_);
+}
+
+void Replay::writeDrop(std::string_view line, const Json::Value* earlierDrop) {
+    ++counts_.dropped;
+    if (!files_.drops) return;
+    Json::Value dropped = pipeline_.explainDrop();
+    dropped["place"] = toText(place_);
+    files_.drops->write(dropLine(line, earlierDrop, dropped));
+}
+
+/// A stage may report about a report, and so on, for ever if a rate limit is odd enough.
+void Replay::logReports() {
+    constexpr int kMaxGenerations = 8;
+    for (int generation = 1;; ++generation) {
+        const std::vector<MonitorReport> reports = pipeline_.takeReports();
+        if (reports.empty()) return;
+        for (const MonitorReport& report : reports) logReport(report, generation > kMaxGenerations);
+    }
+}
+
+void Replay::logReport(const MonitorReport& report, bool isTooFar) {
+    const std::string line = toLine(report, place_);
+    if (files_.monitorEvents) {
+        files_.monitorEvents->write(line);
+        files_.monitorEvents->write("\n");
+    }
+    if (isTooFar) {
+        if (!std::exchange(hasGoneTooFar_, true)) console_.warning(place_, "reports beget reports; not all are logged");
+        return;
+    }
+    ++counts_.reported;
+    handleEvent(toEvent(report), line, nullptr);
 }
 
 /// Copies the line to the rejects part by part: it may be longer than memory.

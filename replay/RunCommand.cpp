@@ -57,9 +57,12 @@ bool succeeds(Console& console, Action action) {
     }
 }
 
-bool closeAll(RunFiles& files, Console& console) {
-    bool closed = succeeds(console, [&] { files.output.close(); });
-    if (files.rejects) closed &= succeeds(console, [&] { files.rejects->close(); });
+bool closeAllButTrace(RunFiles& files, Console& console) {
+    bool closed = true;
+    for (OutputFile* file : files.outputs()) {
+        const bool isTrace = files.trace && file == &*files.trace;
+        if (!isTrace) closed &= succeeds(console, [&] { file->close(); });
+    }
     return closed;
 }
 
@@ -77,10 +80,10 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     Device device = files.device ? readDevice(*files.device) : Device();
     StoreFile store(options.store);
     const auto sequenceNumbers = std::make_shared<StoredSequenceNumbers>(store);
-    const auto processor = buildDevicePipeline(std::move(device), sequenceNumbers);
+    DevicePipeline pipeline(std::move(device), sequenceNumbers);
     files.emptyOutputs();
     const auto badLines = options.strict ? Replay::BadLines::Stop : Replay::BadLines::Continue;
-    Replay replay(files, *processor, console, badLines);
+    Replay replay(files, pipeline, console, badLines);
     // Lines of output would run into the bar.
     if (!files.output.isTerminal()) console.showProgress(files.inputBytes().value_or(0));
     if (files.trace) host::startTracing();
@@ -88,12 +91,14 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     const auto start = std::chrono::steady_clock::now();
     bool usable = succeeds(console, [&] { replay.run(); });
     console.hideProgress();
-    usable &= closeAll(files, console);
+    usable &= closeAllButTrace(files, console);
     usable &= succeeds(console, [&] { sequenceNumbers->handBack(); });
     const auto elapsed = std::chrono::steady_clock::now() - start;
     usable &= finishTrace(files, console);
 
     console.summary(replay.counts(), elapsed);
+    console.table("dropped by", pipeline.drops());
+    console.table("counters", {pipeline.counters().begin(), pipeline.counters().end()});
     if (!usable) return ExitStatus::Unusable;
     return replay.counts().bad > 0 ? ExitStatus::BadInput : ExitStatus::Success;
 }

@@ -91,8 +91,9 @@ std::optional<uint64_t> RunFiles::inputBytes() const {
 
 std::vector<OutputFile*> RunFiles::outputs() {
     std::vector<OutputFile*> all = {&output};
-    if (rejects) all.push_back(&*rejects);
-    if (trace) all.push_back(&*trace);
+    for (std::optional<OutputFile>* file : {&rejects, &drops, &monitorEvents, &trace}) {
+        if (*file) all.push_back(&**file);
+    }
     return all;
 }
 
@@ -106,6 +107,8 @@ RunFiles openRunFiles(const RunOptions& options) {
         .device = openIfNamed<InputFile>(options.device),
         .output = OutputFile(options.output),
         .rejects = openIfNamed<OutputFile>(options.rejects),
+        .drops = openIfNamed<OutputFile>(options.drops),
+        .monitorEvents = openIfNamed<OutputFile>(options.monitorEvents),
         .trace = openIfNamed<OutputFile>(options.trace),
     };
     checkInputs(files, options.store);

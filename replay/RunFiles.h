@@ -15,8 +15,7 @@ struct RunFiles {
     std::vector<InputFile> inputs;
     std::optional<InputFile> device;
     OutputFile output;
-    std::optional<OutputFile> rejects;
-    std::optional<OutputFile> trace;
+    std::optional<OutputFile> rejects, drops, monitorEvents, trace;
 
     /// Bytes left to read in all inputs, if that is known.
     std::optional<uint64_t> inputBytes() const;

@@ -12,7 +12,9 @@ struct RunOptions {
     std::optional<std::string> device;  // none: a device of which nothing is known
     std::optional<std::string> store;   // none: a temporary one
     std::string output = "-";
-    std::optional<std::string> rejects;  // none: bad lines are only counted
+    std::optional<std::string> rejects;        // none: bad lines are only counted
+    std::optional<std::string> drops;          // none: dropped events are only counted
+    std::optional<std::string> monitorEvents;  // none: what stages report is only logged
     std::optional<std::string> trace;
     bool strict = false;
     bool quiet = false;

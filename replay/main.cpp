@@ -26,7 +26,23 @@ Input: one JSON object a line.
   realtime  true or false, for bundle events
   format    "json", "libtelemetry", "osndk", or "atom" with atom_id, for JSON events
 
+The members dropped and reported_at, which this tool writes, are ignored.
+
 Output: one JSON object a line with name, uid, identifier, data and header.
+
+Drops: each line of a dropped event as it was read, with one more member, dropped:
+place (FILE:LINE), guard, its counter, reason, and what the decision rested on.
+  state.disabled           telemetry was off at realtime_ms, when the event was created
+  pathway.generic_atom     format, which no event may have
+  pathway.in_verification  format, which no event may have while it is verified
+  checkpoint.account       uid and user whose account is held
+  rate_limit.exceeded      identifier, limit in window_seconds, count with this event
+  dynamic.rule             rule, which keeps no such event
+  dynamic.sampling         rule, and the draw that was not below its sample_rate
+
+Monitor events: what the pipeline reports about events, as lines of input with one
+more member, reported_at (FILE:LINE). Each is also logged, as an event of its own
+after the event it is about.
 
 Device: one JSON object; whatever is absent is unknown to the pipeline.
   device_ids         {"telemetry": string, "morlek": string}
@@ -40,6 +56,16 @@ Device: one JSON object; whatever is absent is unknown to the pipeline.
   app_overrides      {UID: {APP_ID: {"id": string,
                       "sdk_app_package_version_name": string,
                       "sdk_app_package_version_code": integer}}}
+  telemetry_enabled  bool, true if absent; or [{"since_ms": integer, "enabled": bool}]
+  events_in_verification  [NAME]
+  checkpointed_uids  [UID]
+  rate_limits        {"default": LIMIT, "identifiers": {IDENTIFIER: LIMIT}}; a LIMIT is
+                     {"refill_count": integer, "max_events": integer,
+                      "window_seconds": integer}, or 9000, 9000 and 60; its windows
+                     pass by this machine's clock, however fast a day is replayed
+  dynamic_telemetry  {"configs": {ANDROID_USER: string}, "seed": integer,
+                      "events": {NAME: {"keep": bool, "sample_rate": number}}}; draws
+                     repeat with the seed, and events without a rule are all kept
   clock              {"adjusted": bool, "time_ms": integer, "boot_time_ms": integer},
                      the wall-clock time (monotonic if not adjusted) and the time
                      since boot at which to stand still; else this machine's clocks run
@@ -52,6 +78,7 @@ cannot be opened, read or written.
 
 Examples:
   telemetry-replay run day.jsonl --device device.json -o out.jsonl --rejects bad.jsonl
+  telemetry-replay run day.jsonl --device device.json -o /dev/null --drops drops.jsonl
   telemetry-replay run --trace day.trace day.jsonl > out.jsonl
   echo '{"name":"launch","data":{"k":1}}' | telemetry-replay run)";
 
@@ -69,6 +96,9 @@ void addRunCommand(CLI::App& app, RunOptions& options) {
     run->add_option("-o,--output", options.output, "Write the events to FILE instead of standard output")
         ->type_name("FILE");
     run->add_option("--rejects", options.rejects, "Write bad lines to FILE, unchanged")->type_name("FILE");
+    run->add_option("--drops", options.drops, "Write dropped events to FILE, each with the reason")->type_name("FILE");
+    run->add_option("--monitor-events", options.monitorEvents, "Write what the pipeline reports to FILE")
+        ->type_name("FILE");
     run->add_option("--trace", options.trace, "Write a trace of the pipeline to FILE, for the Perfetto UI")
         ->type_name("FILE");
     run->add_flag("--strict", options.strict, "Stop at the first bad line");

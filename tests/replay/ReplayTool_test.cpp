@@ -7,10 +7,8 @@
 #include <iterator>
 #include <string>
 
-#include "replay/Replay.h"
+#include "replay/LineReader.h"
 #include "replay/StoredSequenceNumbers.h"
-#include "telemetry/TelemetryEventProcessorBuilder.h"
-#include "tests/fakes/FakeStages.h"
 #include "tests/fakes/Payloads.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -45,14 +43,14 @@ protected:
         const int status = std::system(script.c_str());
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
-    /// The output without the members that appliers add.
+    /// The output without the members that stages add.
     std::string readOwn(const std::string& file) {
         std::string text = read(file);
         for (const std::string key :
-             {"__sessions_v2", "account_mode", "adjusted", "device_serial", "fg_app_package_name",
-              "fg_app_package_version", "global_sequence_number", "managed_mode", "per_type_sequence_number",
-              "sdk_app_package", "sdk_app_package_version_code", "sdk_app_package_version_name", "timestamp", "id",
-              "morlek_device_id"}) {
+             {"__sessions_v2", "account_mode", "adjusted", "applied_sample_rate", "device_serial",
+              "dynamic_telemetry_config_id", "fg_app_package_name", "fg_app_package_version", "global_sequence_number",
+              "managed_mode", "per_type_sequence_number", "sdk_app_package", "sdk_app_package_version_code",
+              "sdk_app_package_version_name", "timestamp", "id", "morlek_device_id"}) {
             for (size_t at = 0; (at = text.find("\"" + key + "\":")) != std::string::npos;) {
                 const size_t end = text.find_first_of(",}", at);
                 text.erase(at, end - at + (text[end] == ',' ? 1 : 0));
@@ -61,12 +59,11 @@ protected:
         for (size_t at = 0; (at = text.find(",}")) != std::string::npos;) text.erase(at, 1);
         return text;
     }
-    static std::string summary(int read, int kept, int bad, size_t bytes) {
-        char text[256];
+    static std::string summary(int read, int reported, int kept, int dropped, int bad, size_t bytes) {
+        char text[512];
         std::snprintf(text, sizeof(text),
-                      "read               %12d\nkept               %12d\ndropped                       0\n"
-                      "bad                %12d\nbytes              %12zu\nevents per second  ",
-                      read, kept, bad, bytes);
+                      "%-38s %12d\n%-38s %12d\n%-38s %12d\n%-38s %12d\n%-38s %12d\n%-38s %12zu\nevents per second ",
+                      "read", read, "reported", reported, "kept", kept, "dropped", dropped, "bad", bad, "bytes", bytes);
         return text;
     }
 
@@ -87,7 +84,7 @@ TEST_F(ReplayTool, WritesWhatBecomesOfEachEvent) {
 
     EXPECT_EQ(sh("$TOOL run a - <b >out"), 0);
     EXPECT_EQ(readOwn("out"), expected);
-    EXPECT_TRUE(read("err").starts_with(summary(3, 3, 0, bytes))) << read("err");
+    EXPECT_TRUE(read("err").starts_with(summary(3, 0, 3, 0, 0, bytes))) << read("err");
 
     write("out", "an earlier run's output, longer than this one's" + std::string(2000, '.'));
     EXPECT_EQ(sh("$TOOL run --quiet -o out a ./b"), 0);
@@ -125,7 +122,7 @@ TEST_F(ReplayTool, KeepsBadLinesAsTheyAre) {
         "in\\u001b:6: warning: Event [name: \\u001b[2J] wasn't successfully converted to json.\n"
         "in\\u001b:6: bundle: cannot be converted to JSON\n"
         "in\\u001b:7: expected an object\n";
-    EXPECT_TRUE(read("err").starts_with(messages + summary(7, 1, 6, input.size()))) << read("err");
+    EXPECT_TRUE(read("err").starts_with(messages + summary(7, 0, 1, 0, 6, input.size()))) << read("err");
 }
 
 TEST_F(ReplayTool, StopsAtTheFirstBadLineWhenStrict) {
@@ -135,7 +132,7 @@ TEST_F(ReplayTool, StopsAtTheFirstBadLineWhenStrict) {
     EXPECT_EQ(sh("$TOOL run --strict a b --rejects rejects >out"), 1);
     EXPECT_EQ(readOwn("out"), kGoodOutput);
     EXPECT_EQ(read("rejects"), "{\n");
-    EXPECT_TRUE(read("err").find(summary(2, 1, 1, good.size() + 2)) != std::string::npos) << read("err");
+    EXPECT_TRUE(read("err").find(summary(2, 0, 1, 0, 1, good.size() + 2)) != std::string::npos) << read("err");
 }
 
 TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
@@ -205,6 +202,15 @@ TEST_F(ReplayTool, NamesWhatIsWrongWithADevice) {
         {R"({"sessions":{"v2":[{},{"since_ms":0}]}})", " sessions.v2[1]: another one has the same since_ms"},
         {R"({"app_overrides":{"1":{"0":{}}}})",
          " app_overrides.1.0: 0 stands for no application, which has no overrides"},
+        {R"({"telemetry_enabled":"no"})", " telemetry_enabled: expected true or false"},
+        {R"({"events_in_verification":["a",1]})", " events_in_verification[1]: expected a string"},
+        {R"({"checkpointed_uids":[4294967296]})", " checkpointed_uids[0]: expected an unsigned 32-bit integer"},
+        {R"({"rate_limits":{"identifiers":{"a":{"max_event":1}}}})",
+         " rate_limits.identifiers.a.max_event: unknown member"},
+        {R"({"dynamic_telemetry":{"events":{"a":{"sample_rate":"1"}}}})",
+         " dynamic_telemetry.events.a.sample_rate: expected a number"},
+        {R"({"dynamic_telemetry":{"events":{"a":{"sample_rate":1.5}}}})",
+         " dynamic_telemetry.events.a.sample_rate: expected a number from 0 to 1"},
         {R"({"clock":{"time_ms":-1}})", " clock.time_ms: expected an unsigned 64-bit integer"},
         {R"({"clock":{"time_ms":1}})", " clock: time_ms and boot_time_ms go together"},
         {R"({"system_properties":{"a":"\u0000"}})", " system_properties.a: a system property cannot hold a NUL"},
@@ -228,6 +234,7 @@ TEST_F(ReplayTool, EnrichesEventsAsTheDeviceDoes) {
                      "v2": [{"since_ms": 5000, "context": "c5"}, {"since_ms": 1, "context": "c1"}]},
         "app_overrides": {"1010123": {"7": {"id": "o", "sdk_app_package_version_name": "n",
                                             "sdk_app_package_version_code": 4294967296}}},
+        "dynamic_telemetry": {"configs": {"10": "c10"}, "events": {"e": {"sample_rate": 1}}},
         "clock": {"adjusted": true, "time_ms": 1790000000000, "boot_time_ms": 10000}})");
     write("in", R"({"name":"e","uid":10123,"data":{"utl_logging_package":"com.a","utl_realtime_ms":4999}}
 {"name":"e","uid":1010123,"data":{"utl_app_id":7,"utl_logging_package":"com.a","utl_realtime_ms":5000}})");
@@ -235,16 +242,16 @@ TEST_F(ReplayTool, EnrichesEventsAsTheDeviceDoes) {
     EXPECT_EQ(
         read("out"),
         R"({"name":"e","uid":10123,"identifier":"e","data":{"__sessions":[1],"__sessions_v2":"c1",)"
-        R"("account_mode":-1,"adjusted":true,"device_serial":"1WM","fg_app_package_name":"com.f",)"
-        R"("fg_app_package_version":"9","global_sequence_number":1,"managed_mode":0,"per_type_sequence_number":1,)"
+        R"("account_mode":-1,"adjusted":true,"applied_sample_rate":1,"device_serial":"1WM",)"
+        R"("dynamic_telemetry_config_id":"","fg_app_package_name":"com.f","fg_app_package_version":"9","global_sequence_number":1,"managed_mode":0,"per_type_sequence_number":1,)"
         R"("realtime":false,"sdk_app_package":"com.a","sdk_app_package_version_code":12,)"
         R"("sdk_app_package_version_name":"1.2","timestamp":1789999994999,"utl_logging_package":"com.a",)"
         R"("utl_realtime_ms":4999},"header":{"app_id":736366014426470,"app_version":"1.2","id":"42",)"
         R"("morlek_device_id":"m"}})"
         "\n"
         R"({"name":"e","uid":1010123,"identifier":"e","data":{"__sessions_v2":"c5",)"
-        R"("account_mode":1,"adjusted":true,"device_serial":"1WM","fg_app_package_name":"com.f",)"
-        R"("fg_app_package_version":"9","global_sequence_number":2,"managed_mode":-2,"per_type_sequence_number":2,)"
+        R"("account_mode":1,"adjusted":true,"applied_sample_rate":1,"device_serial":"1WM",)"
+        R"("dynamic_telemetry_config_id":"c10","fg_app_package_name":"com.f","fg_app_package_version":"9","global_sequence_number":2,"managed_mode":-2,"per_type_sequence_number":2,)"
         R"("realtime":false,"sdk_app_package":"com.a","sdk_app_package_version_code":4294967296,)"
         R"("sdk_app_package_version_name":"n","timestamp":1789999995000,"utl_app_id":7,)"
         R"("utl_logging_package":"com.a","utl_realtime_ms":5000},"header":{"app_id":7,"app_version":"n","id":"o",)"
@@ -281,7 +288,8 @@ TEST_F(ReplayTool, SequenceNumbersGoOnFromRunToRun) {
     EXPECT_EQ(perType(), 4U);
     // A store of its own, and a device of which nothing is known.
     EXPECT_NE(read("out2").find(R"("data":{"__sessions_v2":"","account_mode":-1,"adjusted":false,)"
-                                R"("device_serial":"Unknown","fg_app_package_name":"","fg_app_package_version":"",)"
+                                R"("applied_sample_rate":1,"device_serial":"Unknown","dynamic_telemetry_config_id":"",)"
+                                R"("fg_app_package_name":"","fg_app_package_version":"",)"
                                 R"("global_sequence_number":1,"managed_mode":0,"per_type_sequence_number":1,)"),
               std::string::npos);
 
@@ -303,7 +311,7 @@ TEST_F(ReplayTool, StopsEarlyWhenAFileIsFullYetFinishesTheOthers) {
         err.starts_with("in:1: not JSON: column 2: Missing '}' or object member name\n"
                         "cannot write /dev/full: No space left on device\nread "))
         << err;
-    EXPECT_EQ(err.find("kept                       5000"), std::string::npos) << err;
+    EXPECT_EQ(err.find("5000"), std::string::npos) << err;
 
     // One write, of which the first part still fits.
     EXPECT_EQ(sh("head -n 100 in >some; ulimit -f 8; $TOOL run some -o out"), 2);
@@ -329,19 +337,81 @@ TEST_F(ReplayTool, DrawsABarOnATerminalOnly) {
     EXPECT_EQ(read("screen"), "");
 }
 
-TEST_F(ReplayTool, CountsWhatStagesDrop) {
-    write("in", std::string(kGoodLine) + "\n" + kGoodLine);
-    const auto guard = std::make_shared<fakes::FakeGuard>(std::make_shared<std::vector<std::string>>(), "guard!");
-    const auto processor = TelemetryEventProcessorBuilder(nullptr, nullptr).addGuard(guard).build();
-    RunOptions options;
-    options.inputs = {folder_ / "in"};
-    options.output = folder_ / "out";
-    RunFiles files = openRunFiles(options);
-    Console console(true);
-    Replay replay(files, *processor, console, Replay::BadLines::Continue);
-    replay.run();
-    EXPECT_EQ(replay.counts().dropped, 2U);
-    EXPECT_EQ(replay.counts().kept, 0U);
+TEST_F(ReplayTool, SaysWhyAnEventIsDropped) {
+    write("device", R"({
+        "telemetry_enabled": [{"since_ms": 100, "enabled": false}, {"since_ms": 200, "enabled": true}],
+        "events_in_verification": ["verified"],
+        "rate_limits": {"default": {"max_events": 5}, "identifiers": {
+            "rare": {"refill_count": 1, "max_events": 1, "window_seconds": 3600}, "none": {"max_events": 0}}},
+        "checkpointed_uids": [1010187],
+        "dynamic_telemetry": {"seed": 7, "events": {"no": {"keep": false}, "some": {"sample_rate": 0.125}}}})");
+    const std::string breach = R"({"bundle":{"caller":false,"event":"rare","rate":2.0},)"
+                               R"("name":"telemetry_service_event_rate_limit_breach","reported_at":"in:2","uid":1000})";
+    const auto status = [](const char* state, int line, int uid) {
+        return std::string(R"({"bundle":{"is_checkpointed":)") + state +
+               R"(},"name":"arvo_telemetry_checkpoint_status_monitor","reported_at":"in:)" + std::to_string(line) +
+               R"(","uid":)" + std::to_string(uid) + "}\n";
+    };
+    // The end of a line that is an event, and of the same line among the drops; none if it is kept.
+    const std::pair<std::string, const char*> lines[] = {
+        {R"({"name":"rare","data":{})", nullptr},
+        {R"({ "name":"rare", "data":{"t":"\u0041"}, "dropped" : {"a":1})",
+         R"("count":2,"counter":"guard_rate_limit_dropped","guard":"rate_limiter_guard","identifier":"rare","limit":1,)"
+         R"("place":"in:2","reason":"rate_limit.exceeded","window_seconds":3600)"},
+        {R"({"dropped":[1,2],"name":"generic","data":{},"format":"atom","atom_id":111222)",
+         R"("counter":"guard_pathway_dropped","format":"Generic Atom","guard":"pathway_guard","place":"in:3",)"
+         R"("reason":"pathway.generic_atom")"},
+        {R"({"name":"verified","data":{},"format":"atom","atom_id":115000)",
+         R"("counter":"guard_pathway_dropped","format":"HAL Atom","guard":"pathway_guard","place":"in:4",)"
+         R"("reason":"pathway.in_verification")"},
+        {R"({"name":"verified","data":{})", nullptr},
+        {R"({"name":"held","uid":1010187,"data":{})",
+         R"("counter":"guard_account_checkpointed_dropped","guard":"account_checkpoint_guard","place":"in:6",)"
+         R"("reason":"checkpoint.account","uid":1010187,"user":10)"},
+        {R"({"name":"no","data":{})",
+         R"("counter":"guard_dynamic_telemetry_dropped","guard":"dynamic_telemetry_guard","place":"in:7",)"
+         R"("reason":"dynamic.rule","rule":{"keep":false,"sample_rate":1.0})"},
+        {R"({"name":"some","data":{})",
+         R"("counter":"guard_dynamic_telemetry_dropped","draw":0.75438530415285798,"guard":"dynamic_telemetry_guard",)"
+         R"("place":"in:8","reason":"dynamic.sampling","rule":{"keep":true,"sample_rate":0.125})"},
+        {R"({"name":"none","data":{})",
+         R"("count":1,"counter":"guard_rate_limit_dropped","guard":"rate_limiter_guard","identifier":"none","limit":0,)"
+         R"("place":"in:9","reason":"rate_limit.exceeded","window_seconds":60)"},
+        {R"({"name":"off","data":{"utl_realtime_ms":199})",
+         R"("counter":null,"guard":"telemetry_state_guard","place":"in:10","realtime_ms":199,"reason":"state.disabled")"},
+        {R"({"name":"on","data":{"utl_realtime_ms":200})", nullptr},
+    };
+    std::string in, drops;
+    for (const auto& [line, dropped] : lines) {
+        in += line + "}\n";
+        std::string event = line;
+        for (const std::string earlier : {R"(, "dropped" : {"a":1})", R"("dropped":[1,2],)"}) {
+            const size_t at = event.find(earlier);
+            if (at != std::string::npos) event.erase(at, earlier.size());
+        }
+        if (dropped) drops += event + ",\"dropped\":{" + dropped + "}}\n";
+    }
+    write("in", in);
+    const std::string run = "$TOOL run --device device --drops drops --monitor-events reports -o ";
+    EXPECT_EQ(sh(run + "out in; sed -Ei 's/,\"utl_[a-z_]*\":[0-9]+//g' reports"), 0);
+    EXPECT_EQ(read("drops"), drops);
+    EXPECT_EQ(read("reports"), breach + "\n" + status("true", 6, 1010187) + status("false", 7, 1000) +
+                                   R"({"bundle":{"caller":false,"event":"none","rate":1.0},)"
+                                   R"("name":"telemetry_service_event_rate_limit_breach","reported_at":"in:9",)"
+                                   R"("uid":1000})"
+                                   "\n");
+    EXPECT_TRUE(read("err").starts_with(summary(11, 4, 7, 8, 0, in.size()))) << read("err");
+
+    // Fed back in, they are dropped for the same reasons.
+    EXPECT_EQ(sh("sed 1d drops >in; " + run + "out in && sed -Ei 's/in:[0-9]+/in/' in drops && cmp in drops"), 0);
+}
+
+TEST_F(ReplayTool, ReportsThatBegetReportsComeToAnEnd) {
+    write("device", R"({"rate_limits":{"default":{"refill_count":1,"max_events":4294967296,"window_seconds":0}}})");
+    write("in", std::string(kGoodLine) + "\n" + kGoodLine + "\n" + kGoodLine);
+    EXPECT_EQ(sh("$TOOL run in --device device -o out --monitor-events reports"), 0);
+    const std::string warning = "in:3: warning: reports beget reports; not all are logged\n";
+    EXPECT_TRUE(read("err").starts_with(warning + summary(3, 9, 12, 0, 0, read("in").size()))) << read("err");
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -1,0 +1,119 @@
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "benchmarks/Allocations.h"
+#include "platform/settings/HostTelemetrySettings.h"
+#include "replay/DeviceServices.h"
+#include "replay/DynamicTelemetryRules.h"
+#include "telemetry/AccountCheckpointGuard.h"
+#include "telemetry/DynamicTelemetryGuard.h"
+#include "telemetry/PathwayGuard.h"
+#include "telemetry/RateLimiterGuard.h"
+#include "telemetry/TelemetryEventBundle.h"
+#include "telemetry/TelemetryStateGuard.h"
+
+namespace Velo::OS::Telemetry::benchmarks {
+namespace {
+
+class NoCounters : public IHealthCountersManager {
+public:
+    void incrementCounter(const std::string& /*counterName*/, int32_t /*amount*/) override {}
+    void incrementEventCounter(const std::string& /*counterName*/, const TelemetryEvent& /*event*/,
+                               int32_t /*amount*/) override {}
+};
+
+class NoLimit : public IRateLimiterConfigManager {
+public:
+    RateLimitConfig getRateLimitConfig(const std::string& /*eventIdentifier*/) override { return {1, 1LL << 62, 60}; }
+};
+
+/// Events whose names, and so their identifiers, are stored in place.
+std::unique_ptr<TelemetryEvent> newEvent(size_t number) {
+    auto event = std::make_unique<TelemetryEventBundle>("event " + std::to_string(number), Json::Value(), 10123U,
+                                                        IntakeFormat::JsonBundle);
+    event->getStringIdentifier();
+    return event;
+}
+
+/// Takes the events one after the other, far apart in memory if there are many.
+template <typename Use>
+void inTurns(benchmark::State& state, Use use) {
+    const auto count = static_cast<size_t>(state.range(0));
+    std::vector<std::unique_ptr<TelemetryEvent>> events(count);
+    for (size_t i = 0; i < count; ++i) use(events[i] = newEvent(i));
+    size_t next = 0;
+    const Allocations allocations(state);
+    for (auto _ : state) {
+        use(events[next]);
+        next = (next + 7919) % count;
+    }
+}
+
+/// A lock, a name and a look into a table of that many.
+void floorOfGuards(benchmark::State& state) {
+    std::mutex mutex;
+    std::unordered_map<std::string, int64_t> counts;
+    inTurns(state, [&](const std::unique_ptr<TelemetryEvent>& event) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        benchmark::DoNotOptimize(++counts[event->name()]);
+    });
+}
+
+void passThrough(benchmark::State& state, IGuard& guard) {
+    inTurns(state, [&](std::unique_ptr<TelemetryEvent>& event) { event = guard.handle(std::move(event)).takeValue(); });
+}
+
+const auto counters = std::make_shared<NoCounters>();
+const auto services = std::make_shared<replay::DeviceServices>(replay::Device());
+
+void pathway(benchmark::State& state) {
+    host::setTelemetrySettings(services);
+    PathwayGuard guard(nullptr, counters);
+    passThrough(state, guard);
+}
+
+void telemetryState(benchmark::State& state) {
+    host::setTelemetrySettings(services);
+    TelemetryStateGuard guard(nullptr);
+    passThrough(state, guard);
+}
+
+void accountCheckpoint(benchmark::State& state) {
+    AccountCheckpointGuard guard(nullptr, services, counters);
+    passThrough(state, guard);
+}
+
+void dynamicTelemetry(benchmark::State& state) {
+    DynamicTelemetryGuard guard(
+        nullptr, std::make_shared<replay::DynamicTelemetryRules>(replay::Device::DynamicTelemetry()), counters);
+    passThrough(state, guard);
+}
+
+/// The table belongs to the process: these run in growing order, and each finds what the last one left.
+void rateLimiter(benchmark::State& state) {
+    RateLimiterGuard guard(nullptr, counters, std::make_shared<NoLimit>());
+    passThrough(state, guard);
+}
+
+void add(const char* name, void (*benchmark)(benchmark::State&), int64_t names = 1) {
+    benchmark::RegisterBenchmark(name, benchmark)->Arg(names)->Repetitions(5)->MinTime(0.1);
+}
+
+const bool added = [] {
+    add("guards/floor", floorOfGuards);
+    add("guards/telemetry state", telemetryState);
+    add("guards/pathway", pathway);
+    add("guards/account checkpoint", accountCheckpoint);
+    add("guards/rate limiter", rateLimiter);
+    add("guards/dynamic telemetry", dynamicTelemetry);
+    add("guards, 1,000 names/floor", floorOfGuards, 1000);
+    add("guards, 1,000 names/rate limiter", rateLimiter, 1000);
+    add("guards, 100,000 names/floor", floorOfGuards, 100'000);
+    add("guards, 100,000 names/rate limiter", rateLimiter, 100'000);
+    return true;
+}();
+
+}  // namespace
+}  // namespace Velo::OS::Telemetry::benchmarks

@@ -1,0 +1,16 @@
+#include "replay/CompactJson.h"
+
+#include <json/writer.h>
+
+namespace Velo::OS::Telemetry::replay {
+
+std::string toCompactJson(const Json::Value& value) {
+    static const Json::StreamWriterBuilder builder = [] {
+        Json::StreamWriterBuilder compact;
+        compact["indentation"] = "";
+        return compact;
+    }();
+    return Json::writeString(builder, value);
+}
+
+}  // namespace Velo::OS::Telemetry::replay

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <json/value.h>
+
+#include <string>
+#include <unordered_map>
+#include <utility>
+
+#include "telemetry/RateLimiterGuard.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+/// The rate limiter, which keeps its counts to itself, with a count of what it refuses. For one thread.
+class CountingRateLimiter : public RateLimiterGuard {
+public:
+    CountingRateLimiter(MonitorEventCallback callback, std::shared_ptr<IHealthCountersManager> healthCounters,
+                        const std::shared_ptr<IRateLimiterConfigManager>& limits)
+        : RateLimiterGuard(std::move(callback), std::move(healthCounters), limits), limits_(limits) {}
+
+    EventResult handle(std::unique_ptr<TelemetryEvent> event) override;
+
+    /// Adds why the last event was refused: "reason", "identifier", "limit", "window_seconds" and "count", how many
+    /// events the window has seen, this one included.
+    void explain(Json::Value& why) const;
+
+private:
+    std::shared_ptr<IRateLimiterConfigManager> limits_;
+    std::unordered_map<std::string, uint64_t> refused_;  // by identifier, since one was let through
+    std::string identifier_;                             // of the last event that is not an atom
+};
+
+}  // namespace Velo::OS::Telemetry::replay

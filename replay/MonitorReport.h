@@ -1,0 +1,29 @@
+#pragma once
+
+#include <binder/PersistableBundle.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "replay/LinePlace.h"
+#include "telemetry/TelemetryEventBundle.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+/// A monitor event, kept to be logged as an event of its own.
+struct MonitorReport {
+    std::string name;
+    uint32_t uid = 0;
+    android::os::PersistableBundle body;
+};
+
+/// Opens the envelope in which a stage sends its report.
+MonitorReport openReport(const android::os::PersistableBundle& envelope, uint32_t uid);
+
+std::unique_ptr<TelemetryEventBundle> toEvent(const MonitorReport& report);
+
+/// The report as a line of input, without its newline. The member "reported_at" names the line that brought it about.
+std::string toLine(const MonitorReport& report, const LinePlace& place);
+
+}  // namespace Velo::OS::Telemetry::replay

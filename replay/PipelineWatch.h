@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "telemetry/IEventTracingManager.h"
+#include "telemetry/IHealthCountersManager.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+/// Adds up the counters of a pipeline, and knows how far the event in hand has come. For one thread.
+class PipelineWatch : public IEventTracingManager, public IHealthCountersManager {
+public:
+    /// The event in hand and the stage that it entered last.
+    struct Sight {
+        std::string stage, identifier;
+        uint32_t uid = 0;
+        std::optional<std::string> counter;  // with which a stage has counted the event
+        IntakeFormat format{};               // when it was so counted
+    };
+
+    /// A new event is in hand.
+    void begin() { sight_ = {}; }
+    const Sight& sight() const { return sight_; }
+    const std::map<std::string, uint64_t>& counters() const { return counters_; }
+
+    void traceEventStage(const std::string& eventIdentifier, uint32_t uid, const std::string& stageName) override {
+        sight_.identifier = eventIdentifier;
+        sight_.uid = uid;
+        sight_.stage = stageName;
+    }
+    void incrementCounter(const std::string& counterName, int32_t amount) override {
+        counters_[counterName] += static_cast<uint64_t>(amount);
+    }
+    void incrementEventCounter(const std::string& counterName, const TelemetryEvent& event, int32_t amount) override {
+        incrementCounter(counterName, amount);
+        sight_.counter = counterName;
+        sight_.format = event.getIntakeFormat();
+    }
+
+private:
+    Sight sight_;
+    std::map<std::string, uint64_t> counters_;
+};
+
+}  // namespace Velo::OS::Telemetry::replay
