@@ -33,7 +33,7 @@ EventResult AccountCheckpointGuard::handle(std::unique_ptr<TelemetryEvent> event
         MonitorEvent status;
         status.putBoolean("is_checkpointed", checkpointed);
         status.send(kStatusEventName, uid, callback_);
-        lastCheckpointState = checkpointed;  // not before the report went out, or a failed one would be the last
+        lastCheckpointState = checkpointed;  // a report that failed is tried again with the next event
     }
 
     if (checkpointed) return reject(*event, kGuardAccountCheckpointedDropped, *healthCounters_);

@@ -37,8 +37,34 @@ const char* textOf(FetchOutcome outcome) {
 }
 
 /// To be called first: a metric may bear the name of a key that is put later.
-void putMetrics(const std::unordered_map<std::string, int64_t>& metrics, MonitorEvent& report) {
-    for (const auto& [key, value] : metrics) report.putLong(key, value);
+void putMetrics(const std::unordered_map<std::string, int64_t>& metrics, MonitorEvent& event) {
+    for (const auto& [key, value] : metrics) event.putLong(key.c_str(), value);
+}
+
+void report(const IDynamicTelemetryPerformance::GuardPerformanceLog& log, const MonitorEventCallback& callback) {
+    MonitorEvent event;
+    putMetrics(log.metrics, event);
+    event.putLong(Keys::kLoggingDuration, log.loggingDurationMs);
+    event.putString(Keys::kConfigId, log.configId);
+    event.send(Keys::kGuardEventName, kSystemUid, callback);
+}
+
+void report(const IDynamicTelemetryPerformance::MonitorLog& log, const MonitorEventCallback& callback) {
+    MonitorEvent event;
+    putMetrics(log.metrics, event);
+    event.putLong(Keys::kMonitorLoggingDuration, log.loggingDurationMs);
+    event.putString(Keys::kMonitorConfigId, log.configId);
+    event.putString(Keys::kProcessedEventName, log.processedEventName);
+    event.send(Keys::kMonitorEventName, kSystemUid, callback);
+}
+
+void report(const ConfigFetchLog& fetch, const MonitorEventCallback& callback) {
+    MonitorEvent event;
+    if (fetch.fetchedConfigId) event.putString(Keys::kFetchedConfigId, *fetch.fetchedConfigId);
+    event.putString(Keys::kActiveConfigId, fetch.activeConfigId);
+    event.putLong(Keys::kFetchFinishedMs, fetch.fetchFinished / 1000);
+    event.putString(Keys::kFetchOutcome, textOf(fetch.outcome));
+    event.send(Keys::kConfigFetchEventName, kSystemUid, callback);
 }
 
 }  // namespace
@@ -54,40 +80,14 @@ EventResult DynamicTelemetryGuard::handle(std::unique_ptr<TelemetryEvent> event)
     const std::lock_guard<std::mutex> lock(mutex_);
     const DynamicTelemetryDecision decision = manager_->evaluateEvent(*event);
     const PerformanceLogs logs = manager_->takePerformanceLogs();
-    for (const auto& log : logs.guardLogs) report(log);
-    for (const auto& log : logs.monitorLogs) report(log);
-    for (const auto& fetch : manager_->takeConfigFetchLogs()) report(fetch);
+    for (const auto& log : logs.guardLogs) report(log, callback_);
+    for (const auto& log : logs.monitorLogs) report(log, callback_);
+    for (const auto& fetch : manager_->takeConfigFetchLogs()) report(fetch, callback_);
 
     if (!decision.shouldLog) return reject(*event, kGuardDynamicTelemetryDropped, *healthCounters_);
     event->addString(kConfigId, manager_->getActiveConfigId(multiuser_get_user_id(event->uid())));
     event->setSampleRate(decision.sampleRate);
     return event;
-}
-
-void DynamicTelemetryGuard::report(const IDynamicTelemetryPerformance::GuardPerformanceLog& log) const {
-    MonitorEvent report;
-    putMetrics(log.metrics, report);
-    report.putLong(Keys::kLoggingDuration, log.loggingDurationMs);
-    report.putString(Keys::kConfigId, log.configId);
-    report.send(Keys::kGuardEventName, kSystemUid, callback_);
-}
-
-void DynamicTelemetryGuard::report(const IDynamicTelemetryPerformance::MonitorLog& log) const {
-    MonitorEvent report;
-    putMetrics(log.metrics, report);
-    report.putLong(Keys::kMonitorLoggingDuration, log.loggingDurationMs);
-    report.putString(Keys::kMonitorConfigId, log.configId);
-    report.putString(Keys::kProcessedEventName, log.processedEventName);
-    report.send(Keys::kMonitorEventName, kSystemUid, callback_);
-}
-
-void DynamicTelemetryGuard::report(const ConfigFetchLog& fetch) const {
-    MonitorEvent report;
-    if (fetch.fetchedConfigId) report.putString(Keys::kFetchedConfigId, *fetch.fetchedConfigId);
-    report.putString(Keys::kActiveConfigId, fetch.activeConfigId);
-    report.putLong(Keys::kFetchFinishedMs, fetch.fetchFinished / 1000);
-    report.putString(Keys::kFetchOutcome, textOf(fetch.outcome));
-    report.send(Keys::kConfigFetchEventName, kSystemUid, callback_);
 }
 
 }  // namespace Velo::OS::Telemetry

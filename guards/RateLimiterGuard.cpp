@@ -29,15 +29,70 @@ int64_t wrappingSum(int64_t a, int64_t b) {
     return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b));
 }
 
+void reportBreach(const TelemetryEvent& event, const std::string& identifier, double rate,
+                  const MonitorEventCallback& callback) {
+    const std::string name = event.name();
+    MonitorEvent breach;
+    breach.putString("event", name);
+    if (identifier != name) breach.putString("event_identifier", identifier);
+    breach.putDouble("rate", rate);
+    breach.putBoolean("caller", false);  // Deliberate: reserved and never set.
+    breach.send(kBreachEventName, event.uid(), callback);
+}
+
 }  // namespace
 
 /// What is known of one identifier.
 struct RateLimiterGuard::Record {
-    void configure(const RateLimitConfig& config);
+    void configure(const RateLimitConfig& config) {
+        // Deliberate: reports and thresholds go by the lower 32 bits.
+        loggedMaxEvents = static_cast<uint32_t>(config.maxEvents);
+        loggedWindowSeconds = static_cast<uint32_t>(config.windowSeconds);
+        // Deliberate: windows are not compared, so where nothing but the window is configured, it is logged and has no
+        // effect.
+        if (config.refillCount != refillCount || config.maxEvents != capacity) {
+            const std::lock_guard<std::mutex> lock(bucketLock);
+            refillCount = config.refillCount;
+            capacity = config.maxEvents;
+            windowMs = wrappingProduct(config.windowSeconds, 1000);
+            tokens = config.maxEvents;
+            unlimited = config.refillCount < 0 || config.maxEvents < 0;
+        }
+        configured = true;
+    }
+
     /// Begins a new window if the last one is over. Returns how many events that one saw, if they were so many that it
     /// is to be reported; else 0.
-    uint32_t rollOver();
-    bool takeToken();
+    uint32_t rollOver() {
+        // Deliberate: without refill or capacity a window never ends, and its count grows until it wraps.
+        if (refillCount < 1 || capacity < 1) return 0;
+        const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastRefill);
+        if (elapsed.count() < windowMs) return 0;
+
+        refill();
+        const uint32_t seen = std::exchange(eventCount, 0);
+        return seen > 2 * loggedMaxEvents ? seen : 0;
+    }
+
+    void refill() {
+        const std::lock_guard<std::mutex> lock(bucketLock);
+        const Clock::time_point now = Clock::now();
+        const std::chrono::nanoseconds elapsed = now - lastRefill;
+        // Deliberate: nanoseconds are divided by milliseconds, so a bucket that is not far larger than its refill is
+        // filled up. The quotient exists: a window is a multiple of 8 ms even if its product has wrapped, so never -1.
+        const int64_t added = windowMs == 0 ? 0 : wrappingProduct(refillCount, elapsed.count()) / windowMs;
+        const int64_t sum = wrappingSum(tokens, added);
+        tokens = 1 <= sum && sum < capacity ? sum : capacity;
+        lastRefill = now;
+    }
+
+    bool takeToken() {
+        const std::lock_guard<std::mutex> lock(bucketLock);
+        if (unlimited) return true;
+        if (tokens < 1) return false;
+        --tokens;
+        return true;
+    }
 
     std::mutex bucketLock;  // guards the six members that follow, where they change
     int64_t refillCount = 9000;
@@ -51,57 +106,7 @@ struct RateLimiterGuard::Record {
     uint32_t loggedMaxEvents = 9000;
     uint32_t loggedWindowSeconds = 60;
     bool configured = false;
-
-private:
-    void refill();
 };
-
-void RateLimiterGuard::Record::configure(const RateLimitConfig& config) {
-    // Deliberate: reports and thresholds go by the lower 32 bits.
-    loggedMaxEvents = static_cast<uint32_t>(config.maxEvents);
-    loggedWindowSeconds = static_cast<uint32_t>(config.windowSeconds);
-    // Deliberate: the window is not compared, so one that differs from the default alone is logged and has no effect.
-    if (config.refillCount != refillCount || config.maxEvents != capacity) {
-        const std::lock_guard<std::mutex> lock(bucketLock);
-        refillCount = config.refillCount;
-        capacity = config.maxEvents;
-        windowMs = wrappingProduct(config.windowSeconds, 1000);
-        tokens = config.maxEvents;
-        unlimited = config.refillCount < 0 || config.maxEvents < 0;
-    }
-    configured = true;
-}
-
-uint32_t RateLimiterGuard::Record::rollOver() {
-    // Deliberate: without a refill the window never ends, and its count grows without end.
-    if (refillCount < 1 || capacity < 1) return 0;
-    const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastRefill);
-    if (elapsed.count() < windowMs) return 0;
-
-    refill();
-    const uint32_t seen = std::exchange(eventCount, 0);
-    return seen > 2 * loggedMaxEvents ? seen : 0;
-}
-
-void RateLimiterGuard::Record::refill() {
-    const std::lock_guard<std::mutex> lock(bucketLock);
-    const Clock::time_point now = Clock::now();
-    const std::chrono::nanoseconds elapsed = now - lastRefill;
-    // Deliberate: nanoseconds are divided by milliseconds, so a bucket that is not far larger than its refill is filled
-    // up. The quotient exists: a window is a multiple of 8 ms even where its product has wrapped, so it is never -1.
-    const int64_t added = windowMs == 0 ? 0 : wrappingProduct(refillCount, elapsed.count()) / windowMs;
-    const int64_t sum = wrappingSum(tokens, added);
-    tokens = 1 <= sum && sum < capacity ? sum : capacity;
-    lastRefill = now;
-}
-
-bool RateLimiterGuard::Record::takeToken() {
-    const std::lock_guard<std::mutex> lock(bucketLock);
-    if (unlimited) return true;
-    if (tokens < 1) return false;
-    --tokens;
-    return true;
-}
 
 RateLimiterGuard::RateLimiterGuard(MonitorEventCallback callback,
                                    std::shared_ptr<IHealthCountersManager> healthCounters,
@@ -129,20 +134,10 @@ EventResult RateLimiterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
                             "Event rate (events per %u second) exceeds max, rejecting, event: %s, rate: %f , max: %u",
                             record.loggedWindowSeconds, identifier.c_str(), rate, max);
     }
-    if (rate > 0) reportBreach(*event, identifier, rate);
+    if (rate > 0) reportBreach(*event, identifier, rate, callback_);
 
     if (accepted) return event;
     return reject(*event, kGuardRateLimitDropped, *healthCounters_);
-}
-
-void RateLimiterGuard::reportBreach(const TelemetryEvent& event, const std::string& identifier, double rate) const {
-    const std::string name = event.name();
-    MonitorEvent breach;
-    breach.putString("event", name);
-    if (identifier != name) breach.putString("event_identifier", identifier);
-    breach.putDouble("rate", rate);
-    breach.putBoolean("caller", false);  // Deliberate: reserved and never set.
-    breach.send(kBreachEventName, event.uid(), callback_);
 }
 
 }  // namespace Velo::OS::Telemetry

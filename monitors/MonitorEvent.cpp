@@ -11,14 +11,14 @@ MonitorEvent::MonitorEvent() {
     putLong("utl_realtime_ms", android::elapsedRealtime());
 }
 
-void MonitorEvent::putBoolean(const std::string& key, bool value) { body_.putBoolean(String16(key.c_str()), value); }
+void MonitorEvent::putBoolean(const char* key, bool value) { body_.putBoolean(String16(key), value); }
 
-void MonitorEvent::putLong(const std::string& key, int64_t value) { body_.putLong(String16(key.c_str()), value); }
+void MonitorEvent::putLong(const char* key, int64_t value) { body_.putLong(String16(key), value); }
 
-void MonitorEvent::putDouble(const std::string& key, double value) { body_.putDouble(String16(key.c_str()), value); }
+void MonitorEvent::putDouble(const char* key, double value) { body_.putDouble(String16(key), value); }
 
-void MonitorEvent::putString(const std::string& key, const std::string& value) {
-    body_.putString(String16(key.c_str()), String16(value.c_str()));
+void MonitorEvent::putString(const char* key, const std::string& value) {
+    body_.putString(String16(key), String16(value.c_str()));
 }
 
 void MonitorEvent::send(const char* name, uint32_t uid, const MonitorEventCallback& callback) const {

@@ -15,10 +15,10 @@ public:
     /// Begins with "utl_uptime_ms" and "utl_realtime_ms", the ms since boot without and with deep sleep.
     MonitorEvent();
 
-    void putBoolean(const std::string& key, bool value);
-    void putLong(const std::string& key, int64_t value);
-    void putDouble(const std::string& key, double value);
-    void putString(const std::string& key, const std::string& value);
+    void putBoolean(const char* key, bool value);
+    void putLong(const char* key, int64_t value);
+    void putDouble(const char* key, double value);
+    void putString(const char* key, const std::string& value);
 
     /// Hands the event to the callback under its name, as logged by the uid. Throws what the callback throws, and
     /// `std::bad_function_call` if it is empty.

@@ -25,10 +25,6 @@ public:
     EventResult handle(std::unique_ptr<TelemetryEvent> event) override;
 
 private:
-    void report(const IDynamicTelemetryPerformance::GuardPerformanceLog& log) const;
-    void report(const IDynamicTelemetryPerformance::MonitorLog& log) const;
-    void report(const ConfigFetchLog& fetch) const;
-
     std::shared_ptr<IDynamicTelemetryManager> manager_;
     std::shared_ptr<IHealthCountersManager> healthCounters_;
     std::mutex mutex_;

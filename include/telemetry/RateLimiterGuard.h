@@ -12,12 +12,12 @@ namespace Velo::OS::Telemetry {
 /// "rate_limiter_guard": limits how many events of each string identifier pass in a window of time, by a token bucket.
 /// Atoms are not limited.
 ///
-/// The first event that a window refuses is reported as "telemetry_service_event_rate_limit_breach" with the number of
-/// events seen; so is a window that saw more than twice its limit, by the first event after it. Time is that of
-/// `std::chrono::steady_clock`; a window begins at the first event after the last one ended.
+/// When the first event beyond the limit is refused, it is reported as "telemetry_service_event_rate_limit_breach" with
+/// the number of events seen; so is a window that saw more than twice its limit, by the first event after it. Time is
+/// that of `std::chrono::steady_clock`; a window begins at the first event after the last one ended.
 ///
 /// The buckets belong to the process and live until it ends, one for each identifier ever seen; nothing but the guard's
-/// own lock protects them, so there may be one guard. It holds that lock while it calls a manager or the callback,
+/// own lock protects them: one such guard to a process. It holds that lock while it calls a manager or the callback,
 /// which must not call back into it.
 class TELEMETRY_EXPORT RateLimiterGuard : public IGuard {
 public:
@@ -29,8 +29,6 @@ public:
 
 private:
     struct Record;
-
-    void reportBreach(const TelemetryEvent& event, const std::string& identifier, double rate) const;
 
     std::shared_ptr<IHealthCountersManager> healthCounters_;
     std::shared_ptr<IRateLimiterConfigManager> configManager_;

@@ -33,7 +33,7 @@ public:
         return {unwanted.count(event.name()) == 0, sampleRate};
     }
     std::string getActiveConfigId(uint32_t userId) override {
-        return called("config of " + std::to_string(userId)), "c7";
+        return called("config of " + std::to_string(userId)), configId;
     }
     PerformanceLogs takePerformanceLogs() override { return called("logs"), std::exchange(logs, {}); }
     std::vector<ConfigFetchLog> takeConfigFetchLogs() override { return called("fetches"), std::exchange(fetches, {}); }
@@ -50,6 +50,7 @@ public:
     std::set<uint32_t> checkpointed;
     std::set<std::string> unwanted;
     float sampleRate = 1;
+    std::string configId;
     PerformanceLogs logs;
     std::vector<ConfigFetchLog> fetches;
     bool reportsFail = false;

@@ -63,6 +63,7 @@ TEST_F(Guards, ThePathwayMustBeAJsonBundleWhileAnEventIsVerified) {
     const std::tuple<IntakeFormat, bool, const char*> cases[] = {
         // format, passes if verified, display name
         {IntakeFormat::JsonBundle, true, ""},
+        {IntakeFormat::Libtelemetry, true, ""},
         {IntakeFormat::OsNdk, true, ""},
         {IntakeFormat::SpecificAtom, false, "Specific Atom"},
         {IntakeFormat::AndroidAtom, false, "Android Atom"},
@@ -81,17 +82,19 @@ TEST_F(Guards, ThePathwayMustBeAJsonBundleWhileAnEventIsVerified) {
                                         : Lines{});
         }
     }
-    settings->inVerification = false;
+    settings = fakes::FakeTelemetrySettings::install();
     EXPECT_FALSE(passes(guard, "e", 1, IntakeFormat::GenericAtom));
     EXPECT_EQ(services->take(), Lines{"count guard_pathway_dropped 1 of e"});
     EXPECT_EQ(settings->takeCalls(), Lines{}) << "generic atoms are refused whatever the settings";
+    EXPECT_EQ(log.take(), Lines{});
+    EXPECT_TRUE(passes(guard, "e", 1, IntakeFormat::SpecificAtom)) << "the settings are not those of before";
 }
 
 TEST_F(Guards, NothingPassesWhileTelemetryIsDisabled) {
     TelemetryStateGuard guard(nullptr);
     EXPECT_EQ(guard.name_, "telemetry_state_guard");
     EXPECT_TRUE(passes(guard, "e"));
-    settings->enabled = false;
+    fakes::FakeTelemetrySettings::install()->enabled = false;
     EXPECT_FALSE(passes(guard, "e"));
 
     fakes::WithOwnSettings<TelemetryStateGuard> derived(nullptr);
@@ -119,6 +122,8 @@ TEST_F(Guards, RatesAreLimitedPerWindow) {
          {{0, 9000, 9000, {}}, {0, 2, 0, {9001}}, {60 * kSecond - 1, 1, 0, {}}, {1, 1, 1, {}}}},
         {"more than twice", {3, 3, 10}, {{0, 7, 3, {4}}, {10 * kSecond, 4, 3, {7, 4}}, {11 * kSecond, 1, 1, {}}}},
         {"exactly twice", {3, 3, 10}, {{0, 6, 3, {4}}, {10 * kSecond, 1, 1, {}}}},
+        {"a refill alone", {5, 9000, 1}, {{0, 9001, 9000, {9001}}, {kSecond, 1, 1, {}}}},
+        {"a capacity alone", {9000, 5, 1}, {{0, 6, 5, {6}}, {kSecond, 1, 1, {}}}},
         {"a window alone", {9000, 9000, 1}, {{0, 9000, 9000, {}}, {kSecond, 1, 0, {9001}}, {59 * kSecond, 1, 1, {}}}},
         {"windows are not aligned", {1, 1, 10}, {{0, 1, 1, {}}, {15 * kSecond, 1, 1, {}}, {9 * kSecond, 1, 0, {2}}}},
         {"negative refill", {-1, 2, 1}, {{0, 9, 9, {}}, {9 * kSecond, 9, 9, {}}}},
@@ -141,8 +146,10 @@ TEST_F(Guards, RatesAreLimitedPerWindow) {
         rates.push_back(json["telemetry_service_event_rate_limit_breach"]["rate"].asDouble());
     };
     RateLimiterGuard guard(keepRate, services, services);
+    fakes::LogCapture log;
     for (const RateCase& c : cases) {
         services->rateLimit = c.config;
+        const auto max = static_cast<uint32_t>(c.config.maxEvents);
         Lines calls = {std::string("limit of ") + c.name};
         for (const RateCase::Step& step : c.steps) {
             clocksNs[kMonotonic] += step.afterNs;
@@ -150,6 +157,14 @@ TEST_F(Guards, RatesAreLimitedPerWindow) {
             for (int i = 0; i < step.events; ++i) pass += passes(guard, c.name) ? 1 : 0;
             EXPECT_EQ(pass, step.pass) << c.name;
             EXPECT_EQ(std::exchange(rates, {}), step.reportedRates) << c.name;
+            char line[200];
+            std::snprintf(line, sizeof(line),
+                          "3 TelemetryService: Event rate (events per %u second) exceeds max, rejecting, event: %s, "
+                          "rate: %u.000000 , max: %u",
+                          static_cast<uint32_t>(c.config.windowSeconds), c.name, max + 1, max);
+            const bool isFirstRefused = step.pass < step.events &&
+                                        std::count(step.reportedRates.begin(), step.reportedRates.end(), max + 1.0) > 0;
+            EXPECT_EQ(log.take(), isFirstRefused ? Lines{line} : Lines{}) << c.name;
             calls.resize(calls.size() + static_cast<size_t>(step.events - step.pass),
                          std::string("count guard_rate_limit_dropped 1 of ") + c.name);
         }
@@ -162,9 +177,8 @@ TEST_F(Guards, ARateLimitIsKeptByIdentifierAndItsBreachReportedOnce) {
     RateLimiterGuard guard(services->callback(), services, services);
     EXPECT_EQ(guard.name_, "rate_limiter_guard");
     services->rateLimit = {1, 0, 5};
-    fakes::LogCapture log;
     EXPECT_FALSE(passes(guard, "e"));
-    EXPECT_FALSE(passes(guard, "ondemand_statsd_utl", 7, IntakeFormat::OsNdk, R"({"campaign_id":42})"));
+    EXPECT_FALSE(passes(guard, "ondemand_statsd_utl", 7, IntakeFormat::Libtelemetry, R"({"campaign_id":42})"));
     services->rateLimit = {};
     EXPECT_FALSE(passes(guard, "e"));
     EXPECT_TRUE(passes(guard, "ondemand_statsd_utl", 7, IntakeFormat::OsNdk, R"({"campaign_id":43})"));
@@ -175,9 +189,6 @@ TEST_F(Guards, ARateLimitIsKeptByIdentifierAndItsBreachReportedOnce) {
                             R"("caller":false,"event":"ondemand_statsd_utl","event_identifier":"odt_42","rate":1.0)"),
                      "count guard_rate_limit_dropped 1 of ondemand_statsd_utl", "count guard_rate_limit_dropped 1 of e",
                      "limit of odt_43"}));
-    const std::string line = "3 TelemetryService: Event rate (events per 5 second) exceeds max, rejecting, event: ";
-    EXPECT_EQ(log.take(), (Lines{line + "e, rate: 1.000000 , max: 0", line + "odt_42, rate: 1.000000 , max: 0"}));
-
     EXPECT_TRUE(passes(guard, "e", 7, IntakeFormat::SpecificAtom)) << "atoms are not limited";
     EXPECT_EQ(services->take(), Lines{});
 }
@@ -187,66 +198,67 @@ TEST_F(Guards, EachChangeOfTheCheckpointIsReported) {
     AccountCheckpointGuard guard(services->callback(), services, services);
     EXPECT_EQ(guard.name_, "account_checkpoint_guard");
     services->checkpointed = {2, 3};
-    EXPECT_TRUE(passes(guard, "e", 1)) << "the first answer is no change";
-    EXPECT_FALSE(passes(guard, "e", 2));
-    EXPECT_FALSE(passes(guard, "e", 3));
-    EXPECT_TRUE(passes(guard, status, 3)) << "its own report";
+    EXPECT_FALSE(passes(guard, "e", 2)) << "the first answer is no change";
     EXPECT_TRUE(passes(guard, "e", 1));
+    EXPECT_FALSE(passes(guard, "e", 2));
+    EXPECT_FALSE(passes(guard, status + "2", 3));
+    EXPECT_TRUE(passes(guard, status, 3)) << "its own report";
+    const std::string drop = "count guard_account_checkpointed_dropped 1 of ";
     EXPECT_EQ(services->take(),
-              (Lines{"checkpointed 1", "checkpointed 2", report(2, status, R"("is_checkpointed":true)"),
-                     "count guard_account_checkpointed_dropped 1 of e", "checkpointed 3",
-                     "count guard_account_checkpointed_dropped 1 of e", "checkpointed 1",
-                     report(1, status, R"("is_checkpointed":false)")}));
-}
-
-TEST_F(Guards, TheFirstEventMayBeCheckpointed) {
-    AccountCheckpointGuard guard(nullptr, services, services);
-    services->checkpointed = {1};
-    EXPECT_FALSE(passes(guard, "e", 1));
+              (Lines{"checkpointed 2", drop + "e", "checkpointed 1", report(1, status, R"("is_checkpointed":false)"),
+                     "checkpointed 2", report(2, status, R"("is_checkpointed":true)"), drop + "e", "checkpointed 3",
+                     drop + status + "2"}));
 }
 
 TEST_F(Guards, DynamicTelemetryCarriesItsRecordsOutBeforeItSettlesTheEvent) {
-    const std::string prefix = "telemetry_service_dynamic_telemetry_";
+    const std::string guardReport = "telemetry_service_dynamic_telemetry_guard_performance";
+    const std::string monitorReport = "telemetry_service_dynamic_telemetry_monitor";
+    const std::string fetchReport = "telemetry_service_dynamic_telemetry_config_performance";
     DynamicTelemetryGuard guard(services->callback(), services, services);
     EXPECT_EQ(guard.name_, "dynamic_telemetry_guard");
-    services->logs = {{{{{"logging_duration_ms", 1}, {"n", 5'000'000'000}}, "c1", 3}, {{}, "", -1}},
-                      {{"c2", "app_launch", {{"m", 1}}, 4}}};
-    services->fetches = {{"c3", std::nullopt, 1'234'567, FetchOutcome::UserTokenEmpty}};
+    const int64_t big = 1'790'000'000'000;  // beyond 32 bits
+    // Metrics with the keys of other members give way to them.
+    services->logs = {
+        {{{{"logging_duration_ms", 1}, {"dynamic_telemetry_config_id", 2}, {"n", big}}, "c1", big}, {{}, "", -1}},
+        {{"c2", "app_launch", {{"processed_event_name", 1}, {"m", 1}}, big}, {"", "", {}, 0}}};
     services->unwanted = {"e"};
+    Lines expected = {
+        "evaluate e",
+        "logs",
+        report(1000, guardReport,
+               R"("dynamic_telemetry_config_id":"c1","logging_duration_ms":1790000000000,"n":1790000000000)"),
+        report(1000, guardReport, R"("dynamic_telemetry_config_id":"","logging_duration_ms":-1)"),
+        report(1000, monitorReport,
+               R"("dynamic_telemetry_config_id":"c2","logging_duration_ms":1790000000000,"m":1,)"
+               R"("processed_event_name":"app_launch")"),
+        report(1000, monitorReport,
+               R"("dynamic_telemetry_config_id":"","logging_duration_ms":0,"processed_event_name":"")"),
+        "fetches"};
+    const std::string prefix =
+        R"("active_dynamic_telemetry_config_id":"c3","fetch_finished_ms":-1790000000000,"fetch_outcome":")";
+    for (const char* outcome :
+         {"noChange", "persistSuccess", "persistError", "parseError", "endpointError", "userTokenEmpty"}) {
+        const auto value = static_cast<FetchOutcome>(services->fetches.size());
+        const std::string fetched = value == FetchOutcome::NoChange ? "" : "f";
+        services->fetches.push_back({"c3", fetched, -1000 * big - 999, value});
+        expected.push_back(report(1000, fetchReport,
+                                  prefix + outcome + R"(","fetched_dynamic_telemetry_config_id":")" + fetched + "\""));
+    }
+    services->fetches.back().fetchedConfigId.reset();
+    expected.back() = report(1000, fetchReport, prefix + "userTokenEmpty\"");
+    expected.emplace_back("count guard_dynamic_telemetry_dropped 1 of e");
     EXPECT_FALSE(passes(guard, "e"));
-    EXPECT_EQ(
-        services->take(),
-        (Lines{
-            "evaluate e", "logs",
-            report(1000, prefix + "guard_performance",
-                   R"("dynamic_telemetry_config_id":"c1","logging_duration_ms":3,"n":5000000000)"),
-            report(1000, prefix + "guard_performance", R"("dynamic_telemetry_config_id":"","logging_duration_ms":-1)"),
-            report(
-                1000, prefix + "monitor",
-                R"("dynamic_telemetry_config_id":"c2","logging_duration_ms":4,"m":1,"processed_event_name":"app_launch")"),
-            "fetches",
-            report(
-                1000, prefix + "config_performance",
-                R"("active_dynamic_telemetry_config_id":"c3","fetch_finished_ms":1234,"fetch_outcome":"userTokenEmpty")"),
-            "count guard_dynamic_telemetry_dropped 1 of e"}));
+    EXPECT_EQ(services->take(), expected);
 
-    services->sampleRate = 0.25F;
-    EXPECT_TRUE(passes(guard, "f"));
-    EXPECT_EQ(services->take(), (Lines{"evaluate f", "logs", "fetches", "config of 10"}));
-    EXPECT_EQ(passed->getJsonString(),
-              R"({"applied_sample_rate":4,"dynamic_telemetry_config_id":"c7","realtime":false})");
-}
-
-TEST_F(Guards, FetchesReportTheirOutcome) {
-    DynamicTelemetryGuard guard(services->callback(), services, services);
-    const char* texts[] = {"noChange", "persistSuccess", "persistError", "parseError", "endpointError"};
-    for (int i = 0; i < 5; ++i) {
-        services->fetches = {{"", "f", -1999, static_cast<FetchOutcome>(i)}};
-        passes(guard, "e");
-        EXPECT_EQ(services->take()[3],
-                  report(1000, "telemetry_service_dynamic_telemetry_config_performance",
-                         std::string(R"("active_dynamic_telemetry_config_id":"","fetch_finished_ms":-1,)") +
-                             R"("fetch_outcome":")" + texts[i] + R"(","fetched_dynamic_telemetry_config_id":"f")"));
+    const std::tuple<float, const char*, const char*> cases[] = {{0.25F, "c7", "4"}, {1, "", "1"}, {0, "", "0"}};
+    for (const auto& [rate, configId, weight] : cases) {
+        services->sampleRate = rate;
+        services->configId = configId;
+        EXPECT_TRUE(passes(guard, "f"));
+        EXPECT_EQ(services->take(), (Lines{"evaluate f", "logs", "fetches", "config of 10"}));
+        EXPECT_EQ(passed->getJsonString(), R"({"applied_sample_rate":)" + std::string(weight) +
+                                               R"(,"dynamic_telemetry_config_id":")" + configId +
+                                               R"(","realtime":false})");
     }
 }
 
@@ -254,8 +266,8 @@ TEST_F(Guards, AReportThatFailsLeavesTheGuardUsable) {
     AccountCheckpointGuard checkpoint(services->callback(), services, services);
     AccountCheckpointGuard silentCheckpoint(nullptr, services, services);
     services->checkpointed = {2};
-    EXPECT_TRUE(passes(checkpoint, "e", 1));
     services->reportsFail = true;
+    EXPECT_TRUE(passes(checkpoint, "e", 1)) << "the first answer is no change";
     for (int i = 0; i < 2; ++i) EXPECT_THROW(passes(checkpoint, "e", 2), std::runtime_error) << "not reported yet";
     EXPECT_THROW(passes(silentCheckpoint, "e", 2), std::bad_function_call);
     EXPECT_TRUE(passes(silentCheckpoint, "e", 1)) << "nothing to report";
@@ -264,7 +276,9 @@ TEST_F(Guards, AReportThatFailsLeavesTheGuardUsable) {
 
     RateLimiterGuard rateLimiter(nullptr, services, services);
     services->rateLimit = {0, 0, 0};
+    fakes::LogCapture log;
     EXPECT_THROW(passes(rateLimiter, "e"), std::bad_function_call);
+    EXPECT_EQ(log.take().size(), 1U);
     EXPECT_FALSE(passes(rateLimiter, "e"));
 
     DynamicTelemetryGuard dynamicTelemetry(nullptr, services, services);

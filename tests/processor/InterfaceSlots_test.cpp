@@ -25,6 +25,7 @@
 #include "telemetry/TelemetryEventProcessorBuilder.h"
 #include "telemetry/TelemetryStateGuard.h"
 #include "telemetry/TimestampApplier.h"
+#include "tests/fakes/FakeGuardServices.h"
 #include "tests/fakes/FakeTelemetrySettings.h"
 
 // Services were compiled against these positions and sizes.
@@ -148,9 +149,9 @@ static_assert(sizeof(GuardLog) == 96 && offsetof(GuardLog, metrics) == 0 && offs
 static_assert(sizeof(MonitorLog) == 128 && offsetof(MonitorLog, configId) == 0 &&
               offsetof(MonitorLog, processedEventName) == 32 && offsetof(MonitorLog, metrics) == 64 &&
               offsetof(MonitorLog, loggingDurationMs) == 120);
-static_assert(sizeof(ConfigFetchLog) == 88 && offsetof(ConfigFetchLog, activeConfigId) == 0 &&
-              offsetof(ConfigFetchLog, fetchedConfigId) == 32 && offsetof(ConfigFetchLog, fetchFinished) == 72 &&
-              offsetof(ConfigFetchLog, outcome) == 80);
+static_assert(sizeof(FetchOutcome) == 4 && sizeof(ConfigFetchLog) == 88 &&
+              offsetof(ConfigFetchLog, activeConfigId) == 0 && offsetof(ConfigFetchLog, fetchedConfigId) == 32 &&
+              offsetof(ConfigFetchLog, fetchFinished) == 72 && offsetof(ConfigFetchLog, outcome) == 80);
 static_assert(sizeof(PerformanceLogs) == 48 && offsetof(PerformanceLogs, guardLogs) == 0 &&
               offsetof(PerformanceLogs, monitorLogs) == 24);
 
@@ -176,6 +177,17 @@ TEST(InterfaceSlots, MembersStandInOrder) {
     const AdjustedClock clock;
     EXPECT_TRUE(valueAt<bool>(&clock, 8));
     EXPECT_EQ(valueAt<int64_t>(&clock, 16), 0);
+
+    const auto services = std::make_shared<fakes::FakeGuardServices>();
+    const RateLimiterGuard rateLimiter(nullptr, services, services);
+    const DynamicTelemetryGuard dynamicTelemetry(nullptr, services, services);
+    const AccountCheckpointGuard checkpoint(nullptr, services, services);
+    const IHealthCountersManager* const counters = services.get();
+    constexpr size_t kFirst = sizeof(IGuard), kSecond = kFirst + sizeof(Shared);
+    EXPECT_EQ(valueAt<IHealthCountersManager*>(&rateLimiter, kFirst), counters);
+    EXPECT_EQ(valueAt<IHealthCountersManager*>(&dynamicTelemetry, kSecond), counters);
+    EXPECT_EQ(valueAt<IHealthCountersManager*>(&checkpoint, kSecond), counters);
+    EXPECT_EQ(reinterpret_cast<const char*>(&checkpoint.name_), reinterpret_cast<const char*>(&checkpoint) + 8);
 
     static_assert(sizeof(EventResult) == 24);
     EventResult result;

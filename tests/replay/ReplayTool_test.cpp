@@ -402,6 +402,17 @@ TEST_F(ReplayTool, SaysWhyAnEventIsDropped) {
                                    "\n");
     EXPECT_TRUE(read("err").starts_with(summary(11, 4, 7, 8, 0, in.size()))) << read("err");
 
+    EXPECT_NE(read("err").find("dropped by\n  telemetry_state_guard                           1\n"
+                               "  pathway_guard                                   2\n"
+                               "  account_checkpoint_guard                        1\n"
+                               "  rate_limiter_guard                              2\n"
+                               "  dynamic_telemetry_guard                         2\n"
+                               "counters\n  guard_account_checkpointed_dropped              1\n"),
+              std::string::npos);
+    EXPECT_NE(readOwn("out").find(R"("data":{"caller":false,"event":"none","rate":1.0,"realtime":false,"utl)"),
+              std::string::npos)
+        << "reports are events too";
+
     // Fed back in, they are dropped for the same reasons.
     EXPECT_EQ(sh("sed 1d drops >in; " + run + "out in && sed -Ei 's/in:[0-9]+/in/' in drops && cmp in drops"), 0);
 }
