@@ -58,7 +58,6 @@ void DevicePipeline::makeGuards() {
 }
 
 EventResult DevicePipeline::processEvent(std::unique_ptr<TelemetryEvent> event) {
-    services_->setMoment(event->clientCreatedTime());
     watch_->begin();
     EventResult result = processor_->processEvent(std::move(event));
     // No applier refuses an event, so an error is a guard's.

@@ -29,6 +29,9 @@ public:
     DevicePipeline(const DevicePipeline&) = delete;
     DevicePipeline& operator=(const DevicePipeline&) = delete;
 
+    /// The device is as it was at this moment, in ms since boot.
+    void setMoment(int64_t momentMs) { services_->setMoment(momentMs); }
+
     EventResult processEvent(std::unique_ptr<TelemetryEvent> event);
 
     /// Why the last event was dropped: "guard", "counter" (null if the guard has none), "reason" and what the decision

@@ -22,7 +22,7 @@ public:
     explicit DeviceServices(Device device) : device_(std::move(device)) {}
 
     const Device& device() const { return device_; }
-    /// When the event in hand was created, in ms since boot. What changes in the course of a day is as it was then.
+    /// What changes in the course of a day is as it was at this moment, in ms since boot.
     void setMoment(int64_t momentMs) { momentMs_ = momentMs; }
     int64_t moment() const { return momentMs_; }
 

@@ -57,7 +57,10 @@ void Replay::handleLine(std::string_view line) {
     if (const auto* error = std::get_if<LineError>(&decoded)) {
         reject(line, error->text);
     } else {
-        handleEvent(std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded)), line, decoder_.earlierDrop());
+        auto event = std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded));
+        // Reports about the event go by its moment too: their own is that of this machine.
+        pipeline_.setMoment(event->clientCreatedTime());
+        handleEvent(std::move(event), line, decoder_.earlierDrop());
         logReports();
     }
 }

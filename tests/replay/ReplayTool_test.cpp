@@ -339,7 +339,8 @@ TEST_F(ReplayTool, DrawsABarOnATerminalOnly) {
 
 TEST_F(ReplayTool, SaysWhyAnEventIsDropped) {
     write("device", R"({
-        "telemetry_enabled": [{"since_ms": 100, "enabled": false}, {"since_ms": 200, "enabled": true}],
+        "telemetry_enabled": [{"since_ms": 100, "enabled": false}, {"since_ms": 200, "enabled": true},
+                              {"since_ms": 201, "enabled": false}],
         "events_in_verification": ["verified"],
         "rate_limits": {"default": {"max_events": 5}, "identifiers": {
             "rare": {"refill_count": 1, "max_events": 1, "window_seconds": 3600}, "none": {"max_events": 0}}},
