@@ -8,6 +8,7 @@ std::string toCompactJson(const Json::Value& value) {
     static const Json::StreamWriterBuilder builder = [] {
         Json::StreamWriterBuilder compact;
         compact["indentation"] = "";
+        compact["emitUTF8"] = true;
         return compact;
     }();
     return Json::writeString(builder, value);

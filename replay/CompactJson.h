@@ -6,7 +6,7 @@
 
 namespace Velo::OS::Telemetry::replay {
 
-/// The value on a single line, in ASCII.
+/// The value on a single line.
 std::string toCompactJson(const Json::Value& value);
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -57,7 +57,7 @@ void Console::summary(const Counts& counts, std::chrono::steady_clock::duration 
 }
 
 void Console::table(const std::string& title, const Rows& rows) {
-    if (quiet_) return;
+    if (quiet_ || rows.empty()) return;
     const std::string indent = title.empty() ? "" : "  ";
     std::string text = title.empty() ? "" : title + "\n";
     for (const auto& [name, value] : rows) {

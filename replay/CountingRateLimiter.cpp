@@ -8,22 +8,29 @@ EventResult CountingRateLimiter::handle(std::unique_ptr<TelemetryEvent> event) {
     if (!isFormatJsonBundle(event->getIntakeFormat())) return RateLimiterGuard::handle(std::move(event));
     identifier_ = event->getStringIdentifier();
     EventResult verdict = RateLimiterGuard::handle(std::move(event));
-    uint64_t& refused = refused_[identifier_];
-    refused = verdict.hasError() ? refused + 1 : 0;
+    Counts& counts = counts_[identifier_];
+    if (verdict.hasError()) {
+        ++counts.refused;
+    } else {
+        counts = {counts.refused > 0 ? 1 : counts.passed + 1, 0};
+    }
     return verdict;
 }
 
 void CountingRateLimiter::explain(Json::Value& why) const {
-    const RateLimitConfig limit = limits_->getRateLimitConfig(identifier_);
+    RateLimitConfig limit = limits_->getRateLimitConfig(identifier_);
     const RateLimitConfig byDefault;
-    // The guard ignores a window that alone differs from its own default.
-    const bool ignoresWindow = limit.refillCount == byDefault.refillCount && limit.maxEvents == byDefault.maxEvents;
+    // As the guard has it: a window that alone differs from the default is ignored, and one without refill never ends.
+    if (limit.refillCount == byDefault.refillCount && limit.maxEvents == byDefault.maxEvents) limit = byDefault;
+    const uint64_t windowMs = static_cast<uint64_t>(limit.windowSeconds) * 1000;
+    const bool ends = limit.refillCount >= 1 && limit.maxEvents >= 1;
+    const Counts& counts = counts_.at(identifier_);
     why["reason"] = "rate_limit.exceeded";
     why["identifier"] = identifier_;
     why["limit"] = Json::Int64{limit.maxEvents};
-    why["window_seconds"] = Json::Int64{ignoresWindow ? byDefault.windowSeconds : limit.windowSeconds};
-    // A window lets through what its bucket holds before it refuses the first.
-    why["count"] = Json::UInt64{static_cast<uint64_t>(limit.maxEvents) + refused_.at(identifier_)};
+    why["window_ms"] = ends ? Json::Value(static_cast<Json::Int64>(windowMs)) : Json::Value();
+    // Windows without a refusal may have come before, but none lets through more than the limit.
+    why["count"] = Json::UInt64{std::min(counts.passed, static_cast<uint64_t>(limit.maxEvents)) + counts.refused};
 }
 
 }  // namespace Velo::OS::Telemetry::replay

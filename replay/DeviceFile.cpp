@@ -66,10 +66,10 @@ void readForeground(const JsonNode& node, PackageInfo& foreground) {
 
 /// What holds when: an array of objects that name the moment and, in the field, the value from then on.
 template <typename T>
-void readTimeline(const JsonNode& node, const char* field, std::map<int64_t, T>& timeline) {
+void readTimeline(const JsonNode& node, const char* field, T ifAbsent, std::map<int64_t, T>& timeline) {
     node.elements([&](const JsonNode& element) {
         int64_t sinceMs = 0;
-        T value{};
+        T value = ifAbsent;
         element.object({{"since_ms", into(sinceMs)}, {field, into(value)}});
         if (!timeline.emplace(sinceMs, std::move(value)).second) element.fail("another one has the same since_ms");
     });
@@ -78,7 +78,9 @@ void readTimeline(const JsonNode& node, const char* field, std::map<int64_t, T>&
 void readSessions(const JsonNode& node, Device::Sessions& sessions) {
     node.object({{"attach_to_all_events", into(sessions.attachToAllEvents)},
                  {"legacy", into(sessions.legacy)},
-                 {"v2", [&](const JsonNode& contexts) { readTimeline(contexts, "context", sessions.contexts); }}});
+                 {"v2", [&](const JsonNode& contexts) {
+                      readTimeline<std::string>(contexts, "context", {}, sessions.contexts);
+                  }}});
 }
 
 void readAppOverrides(const JsonNode& node, IAppOverrideManager& overrides) {
@@ -105,7 +107,7 @@ void readClock(const JsonNode& node, Device::Clock& clock) {
 }
 
 void readTelemetryEnabled(const JsonNode& node, std::map<int64_t, bool>& enabled) {
-    if (node.isArray()) return readTimeline(node, "enabled", enabled);
+    if (node.isArray()) return readTimeline(node, "enabled", true, enabled);
     node.read(enabled[std::numeric_limits<int64_t>::min()]);
 }
 

@@ -32,13 +32,15 @@ DevicePipeline::DevicePipeline(Device device, std::shared_ptr<SequenceNumberMana
 /// Sampling comes last: an event that was drawn stands for others, and would be missed more than once.
 void DevicePipeline::makeGuards() {
     const MonitorEventCallback report = [this](const android::os::PersistableBundle& envelope, bool /*flag*/,
-                                               unsigned int uid) { reports_.push_back(openReport(envelope, uid)); };
+                                               unsigned int uid) {
+        reports_.push_back(openReport(envelope, uid, times_));
+    };
     const auto add = [this](std::shared_ptr<IGuard> guard, std::function<void(Json::Value&)> explain) {
         guards_.push_back({std::move(guard), std::move(explain)});
     };
     add(std::make_shared<TelemetryStateGuard>(report), [this](Json::Value& why) {
         why["reason"] = "state.disabled";
-        why["realtime_ms"] = Json::Int64{services_->moment()};
+        why["realtime_ms"] = Json::Int64{times_.realtimeMs};
     });
     add(std::make_shared<PathwayGuard>(report, watch_), [this](Json::Value& why) {
         const IntakeFormat format = watch_->sight().format;
@@ -51,19 +53,26 @@ void DevicePipeline::makeGuards() {
         why["user"] = multiuser_get_user_id(watch_->sight().uid);
     });
     const auto rateLimiter = std::make_shared<CountingRateLimiter>(report, watch_, services_);
-    add(rateLimiter, [rateLimiter](Json::Value& why) { rateLimiter->explain(why); });
+    add(rateLimiter, [this, rateLimiter](Json::Value& why) {
+        rateLimiter->explain(why);
+        if (why["identifier"] == watch_->sight().name) why.removeMember("identifier");  // the line has it
+    });
     const auto rules = std::make_shared<DynamicTelemetryRules>(services_->device().dynamicTelemetry);
     add(std::make_shared<DynamicTelemetryGuard>(report, rules, watch_),
         [rules](Json::Value& why) { rules->explain(why); });
 }
 
-EventResult DevicePipeline::processEvent(std::unique_ptr<TelemetryEvent> event) {
+EventResult DevicePipeline::processEvent(std::unique_ptr<TelemetryEventBundle> event) {
+    times_ = timesOf(*event);
+    services_->setMoment(times_.realtimeMs);
     watch_->begin();
-    EventResult result = processor_->processEvent(std::move(event));
-    // No applier refuses an event, so an error is a guard's.
     droppedBy_ = nullptr;
+    EventResult result = processor_->processEvent(std::move(event));
+    if (result.hasValue()) return result;
+
+    // No applier refuses an event, so it was a guard.
     for (Guard& guard : guards_) {
-        if (result.hasError() && guard.guard->name_ == watch_->sight().stage) droppedBy_ = &guard;
+        if (guard.guard->name_ == watch_->sight().stage) droppedBy_ = &guard;
     }
     if (droppedBy_) ++droppedBy_->dropped;
     return result;

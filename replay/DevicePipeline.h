@@ -29,10 +29,8 @@ public:
     DevicePipeline(const DevicePipeline&) = delete;
     DevicePipeline& operator=(const DevicePipeline&) = delete;
 
-    /// The device is as it was at this moment, in ms since boot.
-    void setMoment(int64_t momentMs) { services_->setMoment(momentMs); }
-
-    EventResult processEvent(std::unique_ptr<TelemetryEvent> event);
+    /// The device is as it was when the event was created.
+    EventResult processEvent(std::unique_ptr<TelemetryEventBundle> event);
 
     /// Why the last event was dropped: "guard", "counter" (null if the guard has none), "reason" and what the decision
     /// rested on. Null if it was not.
@@ -55,6 +53,7 @@ private:
 
     const std::shared_ptr<DeviceServices> services_;
     const std::shared_ptr<PipelineWatch> watch_ = std::make_shared<PipelineWatch>();
+    EventTimes times_;  // of the event in hand
     std::vector<MonitorReport> reports_;
     std::vector<Guard> guards_;
     Guard* droppedBy_ = nullptr;  // the last event

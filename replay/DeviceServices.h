@@ -22,9 +22,8 @@ public:
     explicit DeviceServices(Device device) : device_(std::move(device)) {}
 
     const Device& device() const { return device_; }
-    /// What changes in the course of a day is as it was at this moment, in ms since boot.
+    /// Telemetry is as enabled as it was at this moment, in ms since boot.
     void setMoment(int64_t momentMs) { momentMs_ = momentMs; }
-    int64_t moment() const { return momentMs_; }
 
     bool isTelemetryEnabled() override;
     std::optional<std::string> getTelemetryDeviceId() override { return device_.telemetryId; }

@@ -25,11 +25,13 @@ void eraseMember(std::string& object, const Json::Value& member) {
 }  // namespace
 
 std::string dropLine(std::string_view line, const Json::Value* earlier, const Json::Value& dropped) {
-    std::string text(line.substr(0, line.rfind('}')));
+    const size_t end = line.rfind('}');
+    std::string text(line.substr(0, end));
     if (earlier) eraseMember(text, *earlier);
     text += ",\"dropped\":";
     text += toCompactJson(dropped);
-    text += "}\n";
+    text += line.substr(end);
+    text += '\n';
     return text;
 }
 

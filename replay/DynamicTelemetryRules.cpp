@@ -2,26 +2,47 @@
 
 namespace Velo::OS::Telemetry::replay {
 
+namespace {
+
+/// The standard fixes every bit of what the generator draws, and of how it is seeded.
+std::mt19937_64 makeGenerator(uint64_t seed, const std::string& eventName) {
+    std::vector<uint32_t> words = {static_cast<uint32_t>(seed), static_cast<uint32_t>(seed >> 32)};
+    for (const char byte : eventName) words.push_back(static_cast<unsigned char>(byte));
+    std::seed_seq sequence(words.begin(), words.end());
+    return std::mt19937_64(sequence);
+}
+
+}  // namespace
+
+DynamicTelemetryRules::DynamicTelemetryRules(const Device::DynamicTelemetry& telemetry) : configs_(telemetry.configs) {
+    for (const auto& [name, rule] : telemetry.events) {
+        samplers_[name] = {rule, makeGenerator(telemetry.seed, name), std::nullopt};
+    }
+}
+
 DynamicTelemetryDecision DynamicTelemetryRules::evaluateEvent(const TelemetryEvent& event) {
-    const auto found = telemetry_.events.find(event.name());
-    rule_ = found == telemetry_.events.end() ? Device::DynamicTelemetry::Rule() : found->second;
-    draw_.reset();
+    const auto found = samplers_.find(event.name());
+    last_ = found == samplers_.end() ? nullptr : &found->second;
+    if (!last_) return {};
+    Sampler& sampler = found->second;
+    const double rate = sampler.rule.sampleRate;
     // The upper 53 bits make a number from 0 to 1. The standard's own distribution is not the same everywhere.
-    if (rule_.keep && rule_.sampleRate < 1) draw_ = static_cast<double>(generator_() >> 11) * 0x1p-53;
-    const bool isDrawn = !draw_ || *draw_ < rule_.sampleRate;
-    return {rule_.keep && isDrawn, static_cast<float>(rule_.sampleRate)};
+    if (sampler.rule.keep && rate < 1) sampler.draw = static_cast<double>(sampler.generator() >> 11) * 0x1p-53;
+    const bool isDrawn = !sampler.draw || *sampler.draw < rate;
+    return {sampler.rule.keep && isDrawn, static_cast<float>(rate)};
 }
 
 std::string DynamicTelemetryRules::getActiveConfigId(uint32_t userId) {
-    const auto found = telemetry_.configs.find(userId);
-    return found == telemetry_.configs.end() ? std::string() : found->second;
+    const auto found = configs_.find(userId);
+    return found == configs_.end() ? std::string() : found->second;
 }
 
 void DynamicTelemetryRules::explain(Json::Value& why) const {
-    why["reason"] = rule_.keep ? "dynamic.sampling" : "dynamic.rule";
-    why["rule"]["keep"] = rule_.keep;
-    why["rule"]["sample_rate"] = rule_.sampleRate;
-    if (draw_) why["draw"] = *draw_;
+    if (!last_) return;
+    why["reason"] = last_->rule.keep ? "dynamic.sampling" : "dynamic.rule";
+    why["rule"]["keep"] = last_->rule.keep;
+    why["rule"]["sample_rate"] = last_->rule.sampleRate;
+    if (last_->draw) why["draw"] = *last_->draw;
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -2,21 +2,23 @@
 
 #include <json/value.h>
 
+#include <map>
 #include <optional>
 #include <random>
 #include <string>
+#include <unordered_map>
+#include <vector>
 
 #include "replay/Device.h"
 #include "telemetry/IDynamicTelemetryManager.h"
 
 namespace Velo::OS::Telemetry::replay {
 
-/// Decides by the rules of a device which events are kept. Draws from one seeded generator, whose every bit the
-/// standard fixes, so that a run can be repeated. Has no records of its own to report. For one thread.
+/// Decides by the rules of a device which events are kept. Each rule draws from a generator of its own, so that a run
+/// can be repeated and what becomes of one event never hangs on another. Has no records to report. For one thread.
 class DynamicTelemetryRules : public IDynamicTelemetryManager {
 public:
-    explicit DynamicTelemetryRules(const Device::DynamicTelemetry& telemetry)
-        : telemetry_(telemetry), generator_(telemetry.seed) {}
+    explicit DynamicTelemetryRules(const Device::DynamicTelemetry& telemetry);
 
     DynamicTelemetryDecision evaluateEvent(const TelemetryEvent& event) override;
     std::string getActiveConfigId(uint32_t userId) override;
@@ -27,10 +29,15 @@ public:
     void explain(Json::Value& why) const;
 
 private:
-    const Device::DynamicTelemetry telemetry_;
-    std::mt19937_64 generator_;
-    Device::DynamicTelemetry::Rule rule_;  // for the last event
-    std::optional<double> draw_;
+    struct Sampler {
+        Device::DynamicTelemetry::Rule rule;
+        std::mt19937_64 generator;
+        std::optional<double> draw;  // the last one
+    };
+
+    const std::map<uint32_t, std::string> configs_;
+    std::unordered_map<std::string, Sampler> samplers_;  // by event name
+    const Sampler* last_ = nullptr;                      // that decided; null: no rule did
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -1,17 +1,27 @@
 #include "replay/MonitorReport.h"
 
 #include "replay/CompactJson.h"
+#include "replay/Escape.h"
+#include "replay/StrictJson.h"
 #include "telemetry/BundleToJson.h"
 
 namespace Velo::OS::Telemetry::replay {
 
-MonitorReport openReport(const android::os::PersistableBundle& envelope, uint32_t uid) {
+EventTimes timesOf(const TelemetryEventBundle& event) {
+    const int64_t realtimeMs = event.clientCreatedTime();
+    const Json::Value uptimeMs = event.getFromEventMetadata("utl_uptime_ms");
+    return {isIntegerLiteral(uptimeMs) && uptimeMs.isInt64() ? uptimeMs.asInt64() : realtimeMs, realtimeMs};
+}
+
+MonitorReport openReport(const android::os::PersistableBundle& envelope, uint32_t uid, const EventTimes& times) {
     MonitorReport report;
     report.uid = uid;
     for (const android::String16& name : envelope.getPersistableBundleKeys()) {
         report.name = android::String8(name).string();
         envelope.getPersistableBundle(name, &report.body);
     }
+    report.body.putLong(android::String16("utl_uptime_ms"), times.uptimeMs);
+    report.body.putLong(android::String16("utl_realtime_ms"), times.realtimeMs);
     return report;
 }
 
@@ -25,7 +35,7 @@ std::string toLine(const MonitorReport& report, const LinePlace& place) {
     line["uid"] = report.uid;
     android::os::PersistableBundle body = report.body;  // the conversion may change it
     convertBundleToJson(body, line["bundle"] = Json::Value(Json::objectValue));
-    line["reported_at"] = toText(place);
+    line["reported_at"] = escaped(toText(place));
     return toCompactJson(line);
 }
 

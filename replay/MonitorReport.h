@@ -11,6 +11,13 @@
 
 namespace Velo::OS::Telemetry::replay {
 
+/// When an event was created, in ms since boot without and with deep sleep.
+struct EventTimes {
+    int64_t uptimeMs = 0, realtimeMs = 0;
+};
+
+EventTimes timesOf(const TelemetryEventBundle& event);
+
 /// A monitor event, kept to be logged as an event of its own.
 struct MonitorReport {
     std::string name;
@@ -18,8 +25,9 @@ struct MonitorReport {
     android::os::PersistableBundle body;
 };
 
-/// Opens the envelope in which a stage sends its report.
-MonitorReport openReport(const android::os::PersistableBundle& envelope, uint32_t uid);
+/// Opens the envelope in which a stage sends its report. Its two times become those of the event that it is about: a
+/// device reports in the same moment, this machine long after.
+MonitorReport openReport(const android::os::PersistableBundle& envelope, uint32_t uid, const EventTimes& times);
 
 std::unique_ptr<TelemetryEventBundle> toEvent(const MonitorReport& report);
 

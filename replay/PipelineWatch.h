@@ -15,10 +15,11 @@ class PipelineWatch : public IEventTracingManager, public IHealthCountersManager
 public:
     /// The event in hand and the stage that it entered last.
     struct Sight {
-        std::string stage, identifier;
+        std::string stage;
         uint32_t uid = 0;
         std::optional<std::string> counter;  // with which a stage has counted the event
-        IntakeFormat format{};               // when it was so counted
+        std::string name;                    // of the event so counted, and its format
+        IntakeFormat format{};
     };
 
     /// A new event is in hand.
@@ -26,8 +27,7 @@ public:
     const Sight& sight() const { return sight_; }
     const std::map<std::string, uint64_t>& counters() const { return counters_; }
 
-    void traceEventStage(const std::string& eventIdentifier, uint32_t uid, const std::string& stageName) override {
-        sight_.identifier = eventIdentifier;
+    void traceEventStage(const std::string& /*eventIdentifier*/, uint32_t uid, const std::string& stageName) override {
         sight_.uid = uid;
         sight_.stage = stageName;
     }
@@ -37,6 +37,7 @@ public:
     void incrementEventCounter(const std::string& counterName, const TelemetryEvent& event, int32_t amount) override {
         incrementCounter(counterName, amount);
         sight_.counter = counterName;
+        sight_.name = event.name();
         sight_.format = event.getIntakeFormat();
     }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "replay/DropLine.h"
+#include "replay/Escape.h"
 #include "replay/LibraryLog.h"
 #include "replay/OutputLine.h"
 
@@ -57,16 +58,14 @@ void Replay::handleLine(std::string_view line) {
     if (const auto* error = std::get_if<LineError>(&decoded)) {
         reject(line, error->text);
     } else {
-        auto event = std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded));
-        // Reports about the event go by its moment too: their own is that of this machine.
-        pipeline_.setMoment(event->clientCreatedTime());
-        handleEvent(std::move(event), line, decoder_.earlierDrop());
+        handleEvent(std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded)), line, decoder_.earlierDrop());
         logReports();
     }
 }
 
 /// `line` describes the event, with the member "dropped" that it had, if any.
-void Replay::handleEvent(std::unique_ptr<TelemetryEvent> event, std::string_view line, const Json::Value* earlierDrop) {
+void Replay::handleEvent(std::unique_ptr<TelemetryEventBundle> event, std::string_view line,
+                         const Json::Value* earlierDrop) {
     EventResult result = pipeline_.processEvent(std::move(event));
     if (result.hasError()) return writeDrop(line, earlierDrop);
     const std::unique_ptr<TelemetryEvent> processed = result.takeValue();
@@ -82,7 +81,7 @@ void Replay::writeDrop(std::string_view line, const Json::Value* earlierDrop) {
     ++counts_.dropped;
     if (!files_.drops) return;
     Json::Value dropped = pipeline_.explainDrop();
-    dropped["place"] = toText(place_);
+    dropped["place"] = escaped(toText(place_));
     files_.drops->write(dropLine(line, earlierDrop, dropped));
 }
 

@@ -31,7 +31,8 @@ public:
 private:
     void replayFile(InputFile& input);
     void handleLine(std::string_view line);
-    void handleEvent(std::unique_ptr<TelemetryEvent> event, std::string_view line, const Json::Value* earlierDrop);
+    void handleEvent(std::unique_ptr<TelemetryEventBundle> event, std::string_view line,
+                     const Json::Value* earlierDrop);
     void writeDrop(std::string_view line, const Json::Value* earlierDrop);
     void logReports();
     void logReport(const MonitorReport& report, bool isTooFar);

@@ -31,18 +31,22 @@ The members dropped and reported_at, which this tool writes, are ignored.
 Output: one JSON object a line with name, uid, identifier, data and header.
 
 Drops: each line of a dropped event as it was read, with one more member, dropped:
-place (FILE:LINE), guard, its counter, reason, and what the decision rested on.
+place (FILE:LINE), guard, its counter (null if it has none), reason, and what the
+decision rested on. The file can be fed back in, but for lines that are now too long.
   state.disabled           telemetry was off at realtime_ms, when the event was created
+                           (0 if it does not say)
   pathway.generic_atom     format, which no event may have
   pathway.in_verification  format, which no event may have while it is verified
   checkpoint.account       uid and user whose account is held
-  rate_limit.exceeded      identifier, limit in window_seconds, count with this event
+  rate_limit.exceeded      identifier (the name if absent), limit in window_ms (null: it
+                           never ends), count of events in the window with this one
   dynamic.rule             rule, which keeps no such event
   dynamic.sampling         rule, and the draw that was not below its sample_rate
 
 Monitor events: what the pipeline reports about events, as lines of input with one
-more member, reported_at (FILE:LINE). Each is also logged, as an event of its own
-after the event it is about.
+more member, reported_at (FILE:LINE). Its times are those of the event it is about,
+after which it is logged as an event of its own, and so are reports about reports,
+eight deep.
 
 Device: one JSON object; whatever is absent is unknown to the pipeline.
   device_ids         {"telemetry": string, "morlek": string}
@@ -61,11 +65,13 @@ Device: one JSON object; whatever is absent is unknown to the pipeline.
   checkpointed_uids  [UID]
   rate_limits        {"default": LIMIT, "identifiers": {IDENTIFIER: LIMIT}}; a LIMIT is
                      {"refill_count": integer, "max_events": integer,
-                      "window_seconds": integer}, or 9000, 9000 and 60; its windows
-                     pass by this machine's clock, however fast a day is replayed
+                      "window_seconds": integer}, of which 9000, 9000 and 60 may be
+                     absent; a window that alone differs has no effect; windows pass
+                     by this machine's clock, however fast a day is replayed
   dynamic_telemetry  {"configs": {ANDROID_USER: string}, "seed": integer,
-                      "events": {NAME: {"keep": bool, "sample_rate": number}}}; draws
-                     repeat with the seed, and events without a rule are all kept
+                      "events": {NAME: {"keep": bool, "sample_rate": number}}}; each
+                     NAME has its own draws, which repeat with the seed; events
+                     without a rule are all kept
   clock              {"adjusted": bool, "time_ms": integer, "boot_time_ms": integer},
                      the wall-clock time (monotonic if not adjusted) and the time
                      since boot at which to stand still; else this machine's clocks run
