@@ -66,8 +66,9 @@ Device: one JSON object; whatever is absent is unknown to the pipeline.
   rate_limits        {"default": LIMIT, "identifiers": {IDENTIFIER: LIMIT}}; a LIMIT is
                      {"refill_count": integer, "max_events": integer,
                       "window_seconds": integer}, of which 9000, 9000 and 60 may be
-                     absent; a window that alone differs has no effect; windows pass
-                     by this machine's clock, however fast a day is replayed
+                     absent; a window that alone differs has no effect; atoms are not
+                     limited; windows pass by this machine's clock, however fast a
+                     day is replayed
   dynamic_telemetry  {"configs": {ANDROID_USER: string}, "seed": integer,
                       "events": {NAME: {"keep": bool, "sample_rate": number}}}; each
                      NAME has its own draws, which repeat with the seed; events
