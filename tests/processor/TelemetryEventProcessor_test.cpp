@@ -67,13 +67,12 @@ TEST_F(Pipeline, ABlockedApplierIsSkippedUnseen) {
 }
 
 TEST_F(Pipeline, OnlyTheSequenceNumberStageIsCountedWithItsEvent) {
-    tracing = nullptr;
     const std::string name = "seq_num_applier";
-    EXPECT_TRUE(process({"m:" + name, "g:" + name, "a:" + name, "a:" + name + "2", "a:seq_num_applie"}).hasValue());
+    EXPECT_TRUE(process({"m:" + name, "g:" + name, "a:" + name, "a:" + name + "2"}).hasValue());
     std::erase_if(*calls, [](const std::string& call) { return call.starts_with("run"); });
-    const std::string counter = "count processor_seq_num_applier";
-    EXPECT_EQ(*calls, (Lines{counter + " 1", counter + " 1", counter + " 1 of e", counter + "2 1",
-                             "count processor_seq_num_applie 1"}));
+    const std::string trace = "trace e 7 " + name, counter = "count processor_" + name;
+    EXPECT_EQ(*calls, (Lines{trace, counter + " 1", trace, counter + " 1", trace, counter + " 1 of e", trace + "2",
+                             counter + "2 1"}));
 }
 
 TEST_F(Pipeline, NothingWhereAValueIsNeededPanics) {
