@@ -51,13 +51,13 @@ void inTurns(benchmark::State& state, Use use) {
     }
 }
 
-/// A lock, a name and a look into a table of that many.
+/// A lock, an identifier and a look into a table of that many.
 void floorOfGuards(benchmark::State& state) {
     std::mutex mutex;
     std::unordered_map<std::string, int64_t> counts;
     inTurns(state, [&](const std::unique_ptr<TelemetryEvent>& event) {
         const std::lock_guard<std::mutex> lock(mutex);
-        benchmark::DoNotOptimize(++counts[event->name()]);
+        benchmark::DoNotOptimize(++counts[event->getStringIdentifier()]);
     });
 }
 
