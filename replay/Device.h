@@ -59,7 +59,8 @@ struct Device {
     Sessions sessions;
     std::shared_ptr<IAppOverrideManager> appOverrides = std::make_shared<AppOverrideManager>();
     Clock clock;
-    std::map<int64_t, bool> telemetryEnabled;  // by the moment, ms since boot, from which each holds; at first it is
+    // By the moment, ms since boot, from which each holds; before the first, telemetry is enabled.
+    std::map<int64_t, bool> telemetryEnabled;
     std::set<std::string> eventsInVerification;
     RateLimits rateLimits;
     std::set<uint32_t> checkpointedUids;
