@@ -13,6 +13,8 @@ MonitorEvent::MonitorEvent() {
 
 void MonitorEvent::putBoolean(const char* key, bool value) { body_.putBoolean(String16(key), value); }
 
+void MonitorEvent::putInt(const char* key, int32_t value) { body_.putInt(String16(key), value); }
+
 void MonitorEvent::putLong(const char* key, int64_t value) { body_.putLong(String16(key), value); }
 
 void MonitorEvent::putDouble(const char* key, double value) { body_.putDouble(String16(key), value); }

@@ -16,6 +16,7 @@ public:
     MonitorEvent();
 
     void putBoolean(const char* key, bool value);
+    void putInt(const char* key, int32_t value);
     void putLong(const char* key, int64_t value);
     void putDouble(const char* key, double value);
     void putString(const char* key, const std::string& value);

@@ -13,6 +13,7 @@ namespace Velo::OS::Telemetry::fakes {
 class LogCapture {
 public:
     LogCapture() {
+        lines_.clear();
         __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
         // The only place that knows this liblog's form of a logger: later ones hand over one struct, message included.
         __android_log_set_logger([](const __android_logger_data* data, const char* message) {

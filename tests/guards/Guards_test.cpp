@@ -1,3 +1,4 @@
+#include <android-base/properties.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 
 #include "telemetry/AccountCheckpointGuard.h"
 #include "telemetry/DynamicTelemetryGuard.h"
+#include "telemetry/EventFilterGuard.h"
 #include "telemetry/PathwayGuard.h"
 #include "telemetry/RateLimiterGuard.h"
 #include "telemetry/TelemetryEventBundle.h"
@@ -281,10 +283,134 @@ TEST_F(Guards, AReportThatFailsLeavesTheGuardUsable) {
     EXPECT_EQ(log.take().size(), 1U);
     EXPECT_FALSE(passes(rateLimiter, "e"));
 
+    EventFilterGuard filter(nullptr, services, services);
+    EXPECT_THROW(passes(filter, "e"), std::bad_function_call);
+    EXPECT_TRUE(passes(filter, "e")) << "it is known by now";
+
     DynamicTelemetryGuard dynamicTelemetry(nullptr, services, services);
     services->logs = {{{{}, "", 0}}, {}};
     EXPECT_THROW(passes(dynamicTelemetry, "e"), std::bad_function_call);
     EXPECT_TRUE(passes(dynamicTelemetry, "e"));
+}
+
+TEST_F(Guards, AFilteredEventIsMarkedAndEachNewDecisionAudited) {
+    const std::string audit = "telemetry_event_filtering_audit", drop = "count guard_filter_dropped 1 of ";
+    const auto auditOf = [&](const std::string& name, int isAllowed, int consent, int state) {
+        const auto is = [](int value) { return value ? "true" : "false"; };
+        return report(7, audit,
+                      R"("build_product":"arvo2","build_version":"84210","consent_state":)" + std::to_string(state) +
+                          R"(,"data_use_consent":)" + is(services->facts[2]) +
+                          R"(,"event_category":"NEEDS_REVIEW","event_schema_timestamp":1790000000000,)"
+                          R"("filter_event_name":")" +
+                          name + R"(","is_ads_personalization_purpose_only":)" + is(services->facts[4]) +
+                          R"(,"is_allowed":)" + is(isAllowed) + R"(,"is_allowed_if_filter_enabled":)" +
+                          is(services->allowsIfFiltered) + R"(,"is_bypassed_for_discretionary_app":)" +
+                          is(services->facts[0]) + R"(,"is_developer":false,"is_filter_enabled":)" + is(state != 0) +
+                          R"(,"is_parvi_account":)" + is(services->facts[1]) +
+                          R"(,"is_personalization_purpose_only":)" + is(services->facts[3]) + R"(,"user_consent":)" +
+                          is(consent)) +
+               " int consent_state";
+    };
+    android::base::SetProperty("ro.product.name", "arvo2");
+    android::base::SetProperty("ro.build.version.incremental", "84210");
+    EventFilterGuard guard(services->callback(), services, services);
+    EXPECT_EQ(guard.name_, "event_filter_guard");
+    services->schemaTimestamp = 1'790'000'000'000;
+    const auto data = R"({"utl_logging_package":"com.a"})";
+    for (size_t fact = 0; fact < services->facts.size(); ++fact) {
+        services->facts = {};
+        services->facts[fact] = true;
+        const std::string name = "e" + std::to_string(fact);
+        const std::string accountFacts = std::string(fact == 1 ? "1" : "0") + (fact == 2 ? "1" : "0");
+        Lines calls = {"consent 7",
+                       "timestamp",
+                       "filters?",
+                       "parvi 7",
+                       "data use 7",
+                       "if filtered " + name + " 1" + accountFacts + "0",
+                       "allowed " + name + " 7 com.a 11",
+                       "filters?"};
+        const Lines callsOfAudit = {"category " + name, "bypassed com.a 7", "purpose " + name,
+                                    "ads " + name,      "filters?",         auditOf(name, 1, 1, 32)};
+        Lines all = calls;
+        all.insert(all.end(), callsOfAudit.begin(), callsOfAudit.end());
+        EXPECT_TRUE(passes(guard, name, 7, IntakeFormat::JsonBundle, data));
+        EXPECT_EQ(services->take(), all);
+        EXPECT_EQ(passed->getJsonString(), R"({"event_schema_timestamp":1790000000000,"realtime":false,)"
+                                           R"("utl_logging_package":"com.a"})");
+        EXPECT_EQ(passed->consentState(), 32);
+        EXPECT_TRUE(passes(guard, name, 7, IntakeFormat::JsonBundle, data));
+        EXPECT_EQ(services->take(), calls) << "nothing new";
+        android::base::SetProperty("ro.product.name", "read once");
+    }
+    // Of an event whose decision changed, the calls from the verdict on.
+    const auto last = [&] {
+        Lines calls = services->take();
+        calls.erase(calls.begin(), std::find(calls.begin(), calls.end(), "ads f"));
+        return calls;
+    };
+    const std::tuple<bool, bool, int> states[] = {{true, false, 16}, {false, true, 0}, {false, false, 0}};
+    for (const auto& [filters, consents, state] : states) {
+        services->filters = filters;
+        services->consents = consents;
+        services->allowsIfFiltered = !services->allowsIfFiltered;
+        services->refused = {};
+        EXPECT_TRUE(passes(guard, "f", 7));
+        EXPECT_EQ(passed->getJsonBatchHeaderString(),
+                  R"({"app_id":736366014426470,"app_version":"","consent_state":")" + std::to_string(state) + "\"}");
+        EXPECT_EQ(last(), (Lines{"ads f", "filters?", auditOf("f", 1, consents, state)}));
+        services->allowsIfFiltered = !services->allowsIfFiltered;
+        services->refused = {"f", audit};
+        EXPECT_FALSE(passes(guard, "f", 7));
+        EXPECT_EQ(last(), (Lines{"ads f", "filters?", auditOf("f", 0, consents, state), drop + "f"}));
+        EXPECT_EQ(guard.setConsentState(consents), static_cast<uint32_t>(state));
+    }
+    services->take();
+    EXPECT_FALSE(passes(guard, audit, 7));
+    EXPECT_EQ(services->take(),
+              (Lines{"consent 7", "timestamp", "parvi 7", "data use 7", "if filtered " + audit + " 0000",
+                     "allowed " + audit + " 7  01", "filters?", drop + audit}));
+    services->refused = {};
+    EXPECT_TRUE(passes(guard, audit, 7));
+    EXPECT_EQ(passed->getJsonString(), R"({"realtime":false})");
+}
+
+TEST_F(Guards, SystemEventsAreThoseOfTheAppThatCausedThem) {
+    const char* const state = "arvo_api_permission_state_event";
+    const char* const ops = "arvo_sensitive_app_ops_monitor";
+    const std::tuple<const char*, const char*, std::optional<uint32_t>> cases[] = {
+        // name, data, uid (none: it throws)
+        {state, R"({"source":"listener","android_uid":10123})", 10123},
+        {state, R"({"source":"listener","android_uid":9,"data":{"source":"listener","android_uid":10123}})", 10123},
+        {state, R"({"source":"listener","android_uid":9,"data":{"x":1}})", 7},
+        {state, R"({"source":"listener","android_uid":9,"data":{}})", 9},
+        {state, R"({"source":"listener","android_uid":9,"data":"text"})", 9},
+        {state, R"({"source":"listener","android_uid":9,"data":5})", 9},
+        {state, R"({"source":"listener","android_uid":9,"data":[{"source":"service"}]})", 9},
+        {state, R"({"source":"service","android_uid":10123})", 7},
+        {state, R"({"source":["listener"],"android_uid":10123})", 7},
+        {state, R"({"source":"listener"})", 0},
+        {state, R"({"source":"listener","android_uid":"10123"})", std::nullopt},
+        {state, "[1]", 7},
+        {ops, R"({"op_caller_android_uid":10123})", 10123},
+        {ops, R"({"data":{"op_caller_android_uid":-1}})", 4294967295},
+        {ops, R"({"data":{"x":1},"op_caller_android_uid":10123})", 0},
+        {ops, R"({"op_caller_android_uid":4294967295})", std::nullopt},
+        {ops, R"({"op_caller_android_uid":{}})", std::nullopt},
+        {ops, "[1]", 0},
+        {"other", R"({"source":"listener","android_uid":9,"op_caller_android_uid":9})", 7},
+    };
+    EventFilterGuard guard(services->callback(), services, services);
+    for (const auto& [name, data, uid] : cases) {
+        services->take();
+        if (!uid) {
+            EXPECT_THROW(passes(guard, name, 7, IntakeFormat::JsonBundle, data), std::exception) << data;
+            continue;
+        }
+        EXPECT_TRUE(passes(guard, name, 7, IntakeFormat::JsonBundle, data));
+        EXPECT_EQ(passed->uid(), *uid) << name << data;
+        EXPECT_EQ(services->take().front(), "consent " + std::to_string(*uid));
+    }
 }
 
 struct VerifyingPathwayGuard : PathwayGuard {
@@ -302,6 +428,7 @@ TEST_F(Guards, CountersAddUpWhenThreadsShareAProcessor) {
                                .addGuard(std::make_shared<TelemetryStateGuard>(callback))
                                .addGuard(std::make_shared<VerifyingPathwayGuard>(callback, services))
                                .addGuard(std::make_shared<AccountCheckpointGuard>(callback, services, services))
+                               .addGuard(std::make_shared<EventFilterGuard>(callback, services, services))
                                .addGuard(std::make_shared<RateLimiterGuard>(callback, services, services))
                                .addGuard(std::make_shared<DynamicTelemetryGuard>(callback, services, services))
                                .build();
@@ -325,6 +452,7 @@ TEST_F(Guards, CountersAddUpWhenThreadsShareAProcessor) {
     EXPECT_EQ(counted("count guard_pathway_dropped 1 of verified"), 800);
     EXPECT_EQ(counted("count guard_account_checkpointed_dropped 1 of held"), 800);
     for (const std::string name : {"a", "b", "unwanted"}) {
+        EXPECT_EQ(counted("category " + name), 1) << "audited once";
         EXPECT_EQ(counted("limit of " + name), 1);
         EXPECT_EQ(counted("count guard_rate_limit_dropped 1 of " + name), 700);
     }

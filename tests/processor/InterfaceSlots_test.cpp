@@ -10,6 +10,8 @@
 #include "telemetry/DeviceInfoApplier.h"
 #include "telemetry/DeviceSettingApplier.h"
 #include "telemetry/DynamicTelemetryGuard.h"
+#include "telemetry/EventFilterGuard.h"
+#include "telemetry/EventSchemaHandler.h"
 #include "telemetry/IEventTracingManager.h"
 #include "telemetry/IHealthCountersManager.h"
 #include "telemetry/IdentityApplier.h"
@@ -83,6 +85,17 @@ TEST(InterfaceSlots, OperationsStandWhereTheyAreCalled) {
     using T = IDynamicTelemetryManager;
     EXPECT_EQ(entries(&T::evaluateEvent, &T::getActiveConfigId, &T::takePerformanceLogs, &T::takeConfigFetchLogs),
               (Entries{4, 9, 12, 13}));
+    using F = IEventFilteringManager;
+    EXPECT_EQ(entries(&F::isFilterEnabled, &F::hasUserConsent, &F::getDiscretionaryAppBypass, &F::isEventAllowed,
+                      &F::isEventAllowedIfFilterEnabled, &F::getEventSchemaHandler, &F::getUserAccountState),
+              (Entries{3, 4, 5, 10, 11, 16, 17}));
+    EXPECT_EQ(entries(&IDiscretionaryAppBypass::isBypassedForDiscretionaryApp), Entries{3});
+    EXPECT_EQ(entries(&IUserAccountState::isParviAccount, &IUserAccountState::hasDataUseConsent), (Entries{2, 3}));
+    using H = IEventSchemaHandler;
+    EXPECT_EQ(
+        entries(&H::persistEventSchema, &H::getEventCategory, &H::overrideEventCategory, &H::isEventSchemaAvailable,
+                &H::getEventSchemaTimestamp, &H::isPersonalizationPurposeOnly, &H::isAdsPersonalizationPurposeOnly),
+        (Entries{1, 2, 3, 4, 5, 6, 7}));
     EXPECT_EQ(entries(&PathwayGuard::isEventInVerification, &TelemetryStateGuard::getSettings), (Entries{4, 4}));
 
     using E = TelemetryEvent;
@@ -137,7 +150,12 @@ constexpr bool kGuardHolds = sizeof(Guard) == sizeof(IGuard) + (0 + ... + sizeof
 static_assert(kGuardHolds<PathwayGuard, Shared> && kGuardHolds<TelemetryStateGuard> &&
               kGuardHolds<RateLimiterGuard, Shared, Shared, std::mutex> &&
               kGuardHolds<DynamicTelemetryGuard, Shared, Shared, std::mutex> &&
-              kGuardHolds<AccountCheckpointGuard, Shared, Shared, std::mutex>);
+              kGuardHolds<AccountCheckpointGuard, Shared, Shared, std::mutex> &&
+              kGuardHolds<EventFilterGuard, Shared, Shared, std::mutex>);
+static_assert(sizeof(IEventSchemaHandler::EventCategory) == 4 &&
+              sizeof(EventSchemaHandler) ==
+                  sizeof(void*) + 2 * sizeof(KeyValueDispatch) + 3 * sizeof(std::unordered_map<int, int>) +
+                      sizeof(std::optional<std::string>) + sizeof(std::optional<uint64_t>) + sizeof(std::mutex));
 static_assert(sizeof(RateLimitConfig) == 24 && offsetof(RateLimitConfig, refillCount) == 0 &&
               offsetof(RateLimitConfig, maxEvents) == 8 && offsetof(RateLimitConfig, windowSeconds) == 16);
 static_assert(sizeof(DynamicTelemetryDecision) == 8 && offsetof(DynamicTelemetryDecision, shouldLog) == 0 &&
@@ -182,11 +200,13 @@ TEST(InterfaceSlots, MembersStandInOrder) {
     const RateLimiterGuard rateLimiter(nullptr, services, services);
     const DynamicTelemetryGuard dynamicTelemetry(nullptr, services, services);
     const AccountCheckpointGuard checkpoint(nullptr, services, services);
+    const EventFilterGuard filter(nullptr, services, services);
     const IHealthCountersManager* const counters = services.get();
     constexpr size_t kFirst = sizeof(IGuard), kSecond = kFirst + sizeof(Shared);
     EXPECT_EQ(valueAt<IHealthCountersManager*>(&rateLimiter, kFirst), counters);
     EXPECT_EQ(valueAt<IHealthCountersManager*>(&dynamicTelemetry, kSecond), counters);
     EXPECT_EQ(valueAt<IHealthCountersManager*>(&checkpoint, kSecond), counters);
+    EXPECT_EQ(valueAt<IHealthCountersManager*>(&filter, kSecond), counters);
     EXPECT_EQ(reinterpret_cast<const char*>(&checkpoint.name_), reinterpret_cast<const char*>(&checkpoint) + 8);
 
     static_assert(sizeof(EventResult) == 24);
