@@ -8,7 +8,7 @@ run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
 	@mkdir -p out
 	@$(BUILD)/release/replay/telemetry-replay run samples/day.jsonl --device samples/device.json \
-		--output out/day.jsonl --drops out/drops.jsonl --monitor-events out/monitor-events.jsonl
+		--schema samples/schema.json --output out/day.jsonl --drops out/drops.jsonl --monitor-events out/monitor-events.jsonl
 	@echo "The events as they leave the pipeline: out/day.jsonl"
 	@echo "What was dropped, and why: out/drops.jsonl"
 	@echo "What the pipeline reported: out/monitor-events.jsonl"

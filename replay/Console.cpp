@@ -58,15 +58,7 @@ void Console::summary(const Counts& counts, std::chrono::steady_clock::duration 
 
 void Console::table(const std::string& title, const Rows& rows) {
     if (quiet_ || rows.empty()) return;
-    const std::string indent = title.empty() ? "" : "  ";
-    std::string text = title.empty() ? "" : title + "\n";
-    for (const auto& [name, value] : rows) {
-        char row[128];
-        std::snprintf(row, sizeof(row), "%-38s %12llu\n", (indent + name).c_str(),
-                      static_cast<unsigned long long>(value));
-        text += row;
-    }
-    writeToStandardError(text);
+    writeToStandardError(title.empty() ? toTable(rows) : title + "\n" + toTable(rows, "  "));
 }
 
 void Console::print(std::string_view line) {
@@ -74,6 +66,17 @@ void Console::print(std::string_view line) {
     std::string text = escaped(line.substr(0, kMaxMessageLength));
     text += line.size() > kMaxMessageLength ? "...\n" : "\n";
     writeToStandardError(text);
+}
+
+std::string toTable(const Console::Rows& rows, const std::string& indent) {
+    std::string text;
+    for (const auto& [name, value] : rows) {
+        char row[128];
+        std::snprintf(row, sizeof(row), "%-38s %12llu\n", (indent + name).c_str(),
+                      static_cast<unsigned long long>(value));
+        text += row;
+    }
+    return text;
 }
 
 }  // namespace Velo::OS::Telemetry::replay

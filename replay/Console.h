@@ -43,8 +43,9 @@ public:
     void hideProgress() { bar_.reset(); }
 
     void summary(const Counts& counts, std::chrono::steady_clock::duration elapsed);
-    /// More of the summary: names and numbers.
+    /// Names and numbers.
     using Rows = std::vector<std::pair<std::string, uint64_t>>;
+    /// More of the summary.
     void table(const std::string& title, const Rows& rows);
 
 private:
@@ -53,5 +54,8 @@ private:
     const bool quiet_;
     std::optional<ProgressBar> bar_;
 };
+
+/// One row a line, with each name behind the indent.
+std::string toTable(const Console::Rows& rows, const std::string& indent = {});
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -21,6 +21,9 @@ struct Device {
     struct User {
         int32_t managedMode = 0;
         bool accountMode = false;
+        bool consent = false;  // to what is not essential
+        bool dataUseConsent = false;
+        bool parviAccount = false;
     };
 
     struct Sessions {
@@ -37,6 +40,11 @@ struct Device {
     struct RateLimits {
         RateLimitConfig byDefault;
         std::map<std::string, RateLimitConfig> byIdentifier;
+    };
+
+    struct Filter {
+        bool enabled = false;
+        std::set<std::string> discretionaryPackages;  // whose events pass
     };
 
     struct DynamicTelemetry {
@@ -64,6 +72,7 @@ struct Device {
     std::set<std::string> eventsInVerification;
     RateLimits rateLimits;
     std::set<uint32_t> checkpointedUids;
+    Filter filter;
     DynamicTelemetry dynamicTelemetry;
 };
 

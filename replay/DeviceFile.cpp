@@ -2,34 +2,14 @@
 
 #include <limits>
 
-#include "replay/FileError.h"
+#include "replay/JsonFile.h"
 #include "replay/JsonNode.h"
-#include "replay/StrictJson.h"
 
 namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
 constexpr size_t kMaxBytes = 1 << 20;
-
-std::string contentsOf(InputFile& file) {
-    std::string contents(kMaxBytes + 1, '\0');
-    size_t filled = 0;
-    while (const size_t count = file.read(contents.data() + filled, contents.size() - filled)) filled += count;
-    if (filled > kMaxBytes) throw FileError(file.name() + ": longer than " + std::to_string(kMaxBytes) + " bytes");
-    contents.resize(filled);
-    if (contents.starts_with("\xEF\xBB\xBF")) contents.erase(0, 3);  // a byte order mark
-    return contents;
-}
-
-Json::Value parseFile(InputFile& file) {
-    const std::string contents = contentsOf(file);
-    Json::Value root;
-    if (const auto fault = StrictJson().parse(contents, root)) {
-        throw FileError(file.name() + ":" + std::to_string(fault->line) + ": " + fault->text);
-    }
-    return root;
-}
 
 void readIds(const JsonNode& node, Device& device) {
     node.object({{"telemetry", into(device.telemetryId)}, {"morlek", into(device.morlekId)}});
@@ -46,7 +26,11 @@ void readSystemProperties(const JsonNode& node, Device& device) {
 void readUsers(const JsonNode& node, Device& device) {
     node.numbered<int32_t>([&](int32_t id, const JsonNode& member) {
         Device::User& user = device.users[id];
-        member.object({{"managed_mode", into(user.managedMode)}, {"account_mode", into(user.accountMode)}});
+        member.object({{"managed_mode", into(user.managedMode)},
+                       {"account_mode", into(user.accountMode)},
+                       {"consent", into(user.consent)},
+                       {"data_use_consent", into(user.dataUseConsent)},
+                       {"parvi_account", into(user.parviAccount)}});
     });
 }
 
@@ -124,6 +108,10 @@ void readRateLimits(const JsonNode& node, Device::RateLimits& limits) {
                  {"identifiers", [&](const JsonNode& identifiers) { identifiers.members(readIdentifier); }}});
 }
 
+void readFilter(const JsonNode& node, Device::Filter& filter) {
+    node.object({{"enabled", into(filter.enabled)}, {"discretionary_packages", into(filter.discretionaryPackages)}});
+}
+
 void readDynamicTelemetry(const JsonNode& node, Device::DynamicTelemetry& telemetry) {
     const auto readSampleRate = [](const JsonNode& rate, double& sampleRate) {
         rate.read(sampleRate);
@@ -143,7 +131,7 @@ void readDynamicTelemetry(const JsonNode& node, Device::DynamicTelemetry& teleme
 
 Device readDevice(InputFile& file) {
     Device device;
-    const Json::Value root = parseFile(file);
+    const Json::Value root = parseJson(readText(file, kMaxBytes), file.name());
     JsonNode(root, file.name())
         .object({
             {"device_ids", [&](const JsonNode& node) { readIds(node, device); }},
@@ -158,6 +146,7 @@ Device readDevice(InputFile& file) {
             {"events_in_verification", into(device.eventsInVerification)},
             {"rate_limits", [&](const JsonNode& node) { readRateLimits(node, device.rateLimits); }},
             {"checkpointed_uids", into(device.checkpointedUids)},
+            {"filter", [&](const JsonNode& node) { readFilter(node, device.filter); }},
             {"dynamic_telemetry", [&](const JsonNode& node) { readDynamicTelemetry(node, device.dynamicTelemetry); }},
             {"clock", [&](const JsonNode& node) { readClock(node, device.clock); }},
         });

@@ -6,31 +6,35 @@
 #include <utility>
 
 #include "platform/settings/HostTelemetrySettings.h"
+#include "replay/ConsentFilter.h"
 #include "replay/CountingRateLimiter.h"
 #include "replay/DeviceAppliers.h"
 #include "replay/DynamicTelemetryRules.h"
 #include "telemetry/AccountCheckpointGuard.h"
 #include "telemetry/DynamicTelemetryGuard.h"
+#include "telemetry/EventFilterGuard.h"
 #include "telemetry/PathwayGuard.h"
 #include "telemetry/TelemetryEventProcessorBuilder.h"
 #include "telemetry/TelemetryStateGuard.h"
 
 namespace Velo::OS::Telemetry::replay {
 
-DevicePipeline::DevicePipeline(Device device, std::shared_ptr<SequenceNumberManager> sequenceNumbers)
+DevicePipeline::DevicePipeline(Device device, std::shared_ptr<SequenceNumberManager> sequenceNumbers,
+                               std::shared_ptr<IEventSchemaHandler> schema)
     : services_(std::make_shared<DeviceServices>(std::move(device))) {
     for (const auto& [name, value] : services_->device().systemProperties) android::base::SetProperty(name, value);
     host::setTelemetrySettings(services_);
 
-    makeGuards();
+    makeGuards(std::move(schema));
     TelemetryEventProcessorBuilder builder(watch_, watch_);
     for (const Guard& guard : guards_) builder.addGuard(guard.guard);
     addAppliers(builder, services_, std::move(sequenceNumbers));
     processor_ = std::move(builder).build();
 }
 
-/// Sampling comes last: an event that was drawn stands for others, and would be missed more than once.
-void DevicePipeline::makeGuards() {
+/// What may not be kept must not use up the limit of a rate. Sampling comes last: an event that was drawn stands for
+/// others, and would be missed more than once.
+void DevicePipeline::makeGuards(std::shared_ptr<IEventSchemaHandler> schema) {
     const MonitorEventCallback report = [this](const android::os::PersistableBundle& envelope, bool /*flag*/,
                                                unsigned int uid) {
         reports_.push_back(openReport(envelope, uid, times_));
@@ -52,14 +56,23 @@ void DevicePipeline::makeGuards() {
         why["uid"] = watch_->sight().uid;
         why["user"] = multiuser_get_user_id(watch_->sight().uid);
     });
+    const auto filter = std::make_shared<ConsentFilter>(services_, std::move(schema));
+    add(std::make_shared<EventFilterGuard>(report, filter, watch_), [this, filter](Json::Value& why) {
+        filter->explain(why);
+        omitName(why);
+    });
     const auto rateLimiter = std::make_shared<CountingRateLimiter>(report, watch_, services_);
     add(rateLimiter, [this, rateLimiter](Json::Value& why) {
         rateLimiter->explain(why);
-        if (why["identifier"] == watch_->sight().name) why.removeMember("identifier");  // the line has it
+        omitName(why);
     });
     const auto rules = std::make_shared<DynamicTelemetryRules>(services_->device().dynamicTelemetry);
     add(std::make_shared<DynamicTelemetryGuard>(report, rules, watch_),
         [rules](Json::Value& why) { rules->explain(why); });
+}
+
+void DevicePipeline::omitName(Json::Value& why) const {
+    if (why["identifier"] == watch_->sight().name) why.removeMember("identifier");
 }
 
 EventResult DevicePipeline::processEvent(std::unique_ptr<TelemetryEventBundle> event) {

@@ -14,6 +14,7 @@
 #include "replay/DeviceServices.h"
 #include "replay/MonitorReport.h"
 #include "replay/PipelineWatch.h"
+#include "telemetry/IEventSchemaHandler.h"
 #include "telemetry/IGuard.h"
 #include "telemetry/SequenceNumberManager.h"
 #include "telemetry/TelemetryEventProcessor.h"
@@ -25,7 +26,8 @@ class DevicePipeline {
 public:
     /// Sets the settings and the system properties of the process, and the library keeps what it has once read of them:
     /// one device in the life of a process.
-    DevicePipeline(Device device, std::shared_ptr<SequenceNumberManager> sequenceNumbers);
+    DevicePipeline(Device device, std::shared_ptr<SequenceNumberManager> sequenceNumbers,
+                   std::shared_ptr<IEventSchemaHandler> schema);
     DevicePipeline(const DevicePipeline&) = delete;
     DevicePipeline& operator=(const DevicePipeline&) = delete;
 
@@ -49,7 +51,9 @@ private:
         uint64_t dropped = 0;
     };
 
-    void makeGuards();
+    void makeGuards(std::shared_ptr<IEventSchemaHandler> schema);
+    /// Leaves out the event's identifier where it is the name, which the line has.
+    void omitName(Json::Value& why) const;
 
     const std::shared_ptr<DeviceServices> services_;
     const std::shared_ptr<PipelineWatch> watch_ = std::make_shared<PipelineWatch>();

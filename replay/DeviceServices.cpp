@@ -1,5 +1,7 @@
 #include "replay/DeviceServices.h"
 
+#include <cutils/multiuser.h>
+
 #include <iterator>
 
 namespace Velo::OS::Telemetry::replay {
@@ -24,6 +26,10 @@ T valueAt(const std::map<int64_t, T>& timeline, int64_t momentMs, T beforeTheFir
 
 Device::User DeviceServices::user(std::optional<int32_t> userId) const {
     return valueOr(device_.users, userId.value_or(0));
+}
+
+Device::User DeviceServices::userOf(uint32_t uid) const {
+    return user(static_cast<int32_t>(multiuser_get_user_id(uid)));
 }
 
 bool DeviceServices::isTelemetryEnabled() { return valueAt(device_.telemetryEnabled, momentMs_, true); }

@@ -2,11 +2,13 @@
 
 #include "replay/Device.h"
 #include "telemetry/IAccountCheckpointManager.h"
+#include "telemetry/IDiscretionaryAppBypass.h"
 #include "telemetry/IIdentityManager.h"
 #include "telemetry/IPackageInfoManager.h"
 #include "telemetry/IRateLimiterConfigManager.h"
 #include "telemetry/ISessionManager.h"
 #include "telemetry/ITelemetrySettingsManager.h"
+#include "telemetry/IUserAccountState.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -17,7 +19,9 @@ class DeviceServices : public ITelemetrySettingsManager,
                        public IPackageInfoManager,
                        public ISessionManager,
                        public IRateLimiterConfigManager,
-                       public IAccountCheckpointManager {
+                       public IAccountCheckpointManager,
+                       public IDiscretionaryAppBypass,
+                       public IUserAccountState {
 public:
     explicit DeviceServices(Device device) : device_(std::move(device)) {}
 
@@ -58,7 +62,16 @@ public:
 
     bool isAccountCheckpointed(uint32_t uid) override { return device_.checkpointedUids.count(uid) > 0; }
 
+    /// Whether the user for whom the uid runs has consented to what is not essential.
+    bool hasConsent(uint32_t uid) const { return userOf(uid).consent; }
+    bool isParviAccount(uint32_t uid) override { return userOf(uid).parviAccount; }
+    bool hasDataUseConsent(uint32_t uid) override { return userOf(uid).dataUseConsent; }
+    bool isBypassedForDiscretionaryApp(const std::string& loggingPackage, uint32_t /*uid*/) override {
+        return device_.filter.discretionaryPackages.count(loggingPackage) > 0;
+    }
+
 private:
+    Device::User userOf(uint32_t uid) const;
     Device::User user(std::optional<int32_t> userId) const;
 
     const Device device_;

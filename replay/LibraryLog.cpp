@@ -3,6 +3,7 @@
 #include <android/log.h>
 
 #include <string>
+#include <utility>
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -14,6 +15,10 @@ thread_local const LinePlace* currentPlace = nullptr;
 /// A desk's early form of the logger function: liblog of a device passes the message inside the structure.
 void show(const __android_logger_data* data, const char* message) {
     if (data->priority < ANDROID_LOG_WARN) return;
+    // One event may have the same said of it several times, for example that a schema has no salt.
+    thread_local std::string last;
+    const std::string text = (currentPlace ? toText(*currentPlace) : "") + message;
+    if (std::exchange(last, text) == text) return;
     const bool isWarning = data->priority == ANDROID_LOG_WARN;
     const std::string error = std::string("error: ") + message;
     if (currentPlace) {

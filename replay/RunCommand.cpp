@@ -12,7 +12,10 @@
 #include "replay/LibraryLog.h"
 #include "replay/Replay.h"
 #include "replay/RunFiles.h"
+#include "replay/SchemaFile.h"
+#include "replay/StoredKeyValues.h"
 #include "replay/StoredSequenceNumbers.h"
+#include "telemetry/EventSchemaHandler.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -76,11 +79,24 @@ bool finishTrace(RunFiles& files, Console& console) {
     });
 }
 
+std::shared_ptr<EventSchemaHandler> schemaIn(StoreFile& store) {
+    return std::make_shared<EventSchemaHandler>(std::make_shared<StoredKeyValues>(store));
+}
+
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
     Device device = files.device ? readDevice(*files.device) : Device();
     StoreFile store(options.store);
     const auto sequenceNumbers = std::make_shared<StoredSequenceNumbers>(store);
-    DevicePipeline pipeline(std::move(device), sequenceNumbers);
+    auto schema = schemaIn(store);
+    if (files.schema) persistSchema(readSchema(*files.schema), files.schema->name(), *schema, store);
+    // In place of no schema at all, about which the library would complain at every name.
+    StoreFile emptyStore(std::nullopt);
+    if (!schema->isEventSchemaAvailable()) {
+        if (device.filter.enabled) console.warning("no event schema: all events are UNCATEGORIZED");
+        schema = schemaIn(emptyStore);
+        schema->persistEventSchema(R"({"salt":"none"})");
+    }
+    DevicePipeline pipeline(std::move(device), sequenceNumbers, schema);
     files.emptyOutputs();
     const auto badLines = options.strict ? Replay::BadLines::Stop : Replay::BadLines::Continue;
     Replay replay(files, pipeline, console, badLines);

@@ -63,15 +63,22 @@ void checkInputs(const RunFiles& files, const std::optional<std::string>& storeP
         if (files.device && isSameFile(input.status(), files.device->status())) {
             throw FileError("cannot read events from " + input.name() + ": it describes the device");
         }
+        if (files.schema && isSameFile(input.status(), files.schema->status())) {
+            throw FileError("cannot read events from " + input.name() + ": it is the event schema");
+        }
     }
-    if (files.device) checkNotTheStore("read", files.device->name(), files.device->status(), storePath);
+    for (const auto* file : {&files.device, &files.schema}) {
+        if (*file) checkNotTheStore("read", (*file)->name(), (*file)->status(), storePath);
+    }
 }
 
 void checkOutputs(RunFiles& files, const std::optional<std::string>& storePath) {
     const std::vector<OutputFile*> outputs = files.outputs();
     for (auto output = outputs.begin(); output != outputs.end(); ++output) {
         for (const InputFile& input : files.inputs) checkNotAnInput(**output, input);
-        if (files.device) checkNotAnInput(**output, *files.device);
+        for (const auto* file : {&files.device, &files.schema}) {
+            if (*file) checkNotAnInput(**output, **file);
+        }
         checkNotTheStore("write", (*output)->name(), (*output)->status(), storePath);
         for (auto earlier = outputs.begin(); earlier != output; ++earlier) checkNotTheSame(**output, **earlier);
     }
@@ -105,6 +112,7 @@ RunFiles openRunFiles(const RunOptions& options) {
     RunFiles files{
         .inputs = openInputs(options.inputs),
         .device = openIfNamed<InputFile>(options.device),
+        .schema = openIfNamed<InputFile>(options.schema),
         .output = OutputFile(options.output),
         .rejects = openIfNamed<OutputFile>(options.rejects),
         .drops = openIfNamed<OutputFile>(options.drops),

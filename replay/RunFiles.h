@@ -13,7 +13,7 @@ namespace Velo::OS::Telemetry::replay {
 /// The files of a run, open before its first event.
 struct RunFiles {
     std::vector<InputFile> inputs;
-    std::optional<InputFile> device;
+    std::optional<InputFile> device, schema;
     OutputFile output;
     std::optional<OutputFile> rejects, drops, monitorEvents, trace;
 
@@ -26,7 +26,8 @@ struct RunFiles {
 };
 
 /// Opens every file but the store. Throws `FileError` if one cannot be opened, if an output is also read, if two
-/// outputs are the same, if events are to be read from the device's description, or if any is part of the store.
+/// outputs are the same, if events are to be read from the description of the device or the schema, or if any is part
+/// of the store.
 RunFiles openRunFiles(const RunOptions& options);
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -10,6 +10,7 @@ namespace Velo::OS::Telemetry::replay {
 struct RunOptions {
     std::vector<std::string> inputs;    // none: standard input
     std::optional<std::string> device;  // none: a device of which nothing is known
+    std::optional<std::string> schema;  // none: the one that the store holds
     std::optional<std::string> store;   // none: a temporary one
     std::string output = "-";
     std::optional<std::string> rejects;        // none: bad lines are only counted

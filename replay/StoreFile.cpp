@@ -27,6 +27,8 @@ StoreFile::StoreFile(const std::optional<std::string>& path) : name_(path.value_
     database_.reset(database);
     check(result, SQLITE_OK);
     check(sqlite3_busy_timeout(database, kPatienceMs), SQLITE_OK);
+    // Readers need not wait for a writer. A file that vanishes has none, and says so.
+    Statement(*this, "PRAGMA journal_mode = WAL").texts();
 }
 
 void StoreFile::fail(const std::string& reason) const { throw FileError("cannot use " + name_ + ": " + reason); }
@@ -56,16 +58,36 @@ StoreFile::Statement& StoreFile::Statement::bind(int parameter, int64_t number) 
     return *this;
 }
 
-std::optional<int64_t> StoreFile::Statement::run() {
-    std::optional<int64_t> number;
+template <typename Take>
+void StoreFile::Statement::eachRow(Take take) {
     int result = sqlite3_step(statement_.get());
-    if (result == SQLITE_ROW) {
-        number = sqlite3_column_int64(statement_.get(), 0);
-        result = sqlite3_step(statement_.get());
-    }
+    for (; result == SQLITE_ROW; result = sqlite3_step(statement_.get())) take(statement_.get());
     sqlite3_reset(statement_.get());  // repeats the failure of a step that failed
     file_->check(result, SQLITE_DONE);
+}
+
+std::optional<int64_t> StoreFile::Statement::run() {
+    std::optional<int64_t> number;
+    eachRow([&](sqlite3_stmt* row) { number = sqlite3_column_int64(row, 0); });
     return number;
+}
+
+std::vector<std::string> StoreFile::Statement::texts() {
+    std::vector<std::string> texts;
+    eachRow([&](sqlite3_stmt* row) {
+        const auto* bytes = static_cast<const char*>(sqlite3_column_blob(row, 0));
+        texts.emplace_back(bytes ? bytes : "", static_cast<size_t>(sqlite3_column_bytes(row, 0)));
+    });
+    return texts;
+}
+
+StoreFile::Transaction::~Transaction() {
+    if (isOpen_) sqlite3_exec(file_.database_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+void StoreFile::Transaction::commit() {
+    file_.run("COMMIT");
+    isOpen_ = false;
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -4,18 +4,18 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace Velo::OS::Telemetry::replay {
 
-/// The SQLite file in which a replay keeps what outlives it on a device. Several processes may use it at once. Whatever
-/// fails throws `FileError`, "cannot use store.db: database is locked".
+/// The SQLite file in which a replay keeps what outlives it on a device, with a write-ahead log beside it. Several
+/// processes may use it at once. Whatever fails throws `FileError`, "cannot use store.db: database is locked".
 class StoreFile {
 public:
-    /// Opens the file and creates it if there is none; without a path, one that vanishes afterwards. A file that is no
-    /// store may fail only at its first use.
+    /// Opens the file and creates it if there is none; without a path, one that vanishes afterwards.
     explicit StoreFile(const std::optional<std::string>& path);
 
     [[noreturn]] void fail(const std::string& reason) const;
@@ -29,14 +29,35 @@ public:
         Statement& bind(int parameter, int64_t number);
         /// Runs the statement, which yields at most one row of one integer, with the parameters last bound.
         std::optional<int64_t> run();
+        /// The same for a statement that yields any number of rows of one text.
+        std::vector<std::string> texts();
 
     private:
+        template <typename Take>
+        void eachRow(Take take);
+
         struct Finalize {
             void operator()(sqlite3_stmt* statement) const;
         };
 
         StoreFile* file_;
         std::unique_ptr<sqlite3_stmt, Finalize> statement_;
+    };
+
+    /// What is written while it lives, by whatever statement of the file, is kept as a whole by `commit`, or not at
+    /// all. Keeps other processes from writing.
+    class Transaction {
+    public:
+        explicit Transaction(StoreFile& file) : file_(file) { file.run("BEGIN IMMEDIATE"); }
+        Transaction(const Transaction&) = delete;
+        Transaction& operator=(const Transaction&) = delete;
+        ~Transaction();
+
+        void commit();
+
+    private:
+        StoreFile& file_;
+        bool isOpen_ = true;
     };
 
     void run(const char* sql) { Statement(*this, sql).run(); }

@@ -54,10 +54,10 @@ void StoredSequenceNumbers::handBack() {
         handBack.run();
         range = {};
     };
-    store_.run("BEGIN IMMEDIATE");
+    StoreFile::Transaction transaction(store_);
     handBackRange(kGlobal, global_);
     for (auto& [eventName, range] : perType_) handBackRange(kPerType + eventName, range);
-    store_.run("COMMIT");
+    transaction.commit();
 }
 
 }  // namespace Velo::OS::Telemetry::replay

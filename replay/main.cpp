@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <functional>
 #include <sstream>
 #include <string>
 
@@ -8,6 +9,7 @@
 #include "replay/FileError.h"
 #include "replay/OutputFile.h"
 #include "replay/RunCommand.h"
+#include "replay/SchemaCommand.h"
 
 namespace {
 
@@ -38,6 +40,11 @@ decision rested on. The file can be fed back in, but for lines that are now too 
   pathway.generic_atom     format, which no event may have
   pathway.in_verification  format, which no event may have while it is verified
   checkpoint.account       uid and user whose account is held
+  filter.no_consent        category (not essential), uid and user who has not consented,
+                           identifier (the name if absent)
+  filter.no_data_use_consent  the same, where it is the consent to data use that counts
+  filter.needs_review, filter.uncategorized, filter.invalid
+                           the same, where none would help
   rate_limit.exceeded      identifier (the name if absent), limit in window_ms (null: it
                            never ends), count of events in the window with this one
   dynamic.rule             rule, which keeps no such event
@@ -51,7 +58,8 @@ eight deep.
 Device: one JSON object; whatever is absent is unknown to the pipeline.
   device_ids         {"telemetry": string, "morlek": string}
   system_properties  {NAME: string}
-  users              {ANDROID_USER: {"managed_mode": integer, "account_mode": bool}}
+  users              {ANDROID_USER: {"managed_mode": integer, "account_mode": bool,
+                      "consent": bool, "data_use_consent": bool, "parvi_account": bool}}
   identities         {UID: string}, the id of the user for whom the uid runs
   packages           {PACKAGE: {UID: {"version_name": string, "version_code": integer}}}
   foreground         {"package": string, "version_name": string}
@@ -63,6 +71,10 @@ Device: one JSON object; whatever is absent is unknown to the pipeline.
   telemetry_enabled  bool, true if absent; or [{"since_ms": integer, "enabled": bool}]
   events_in_verification  [NAME]
   checkpointed_uids  [UID]
+  filter             {"enabled": bool, "discretionary_packages": [PACKAGE]}; enabled, it
+                     keeps the events that the event schema calls essential, those that
+                     it calls non-essential if the user consents, and what these
+                     packages log
   rate_limits        {"default": LIMIT, "identifiers": {IDENTIFIER: LIMIT}}; a LIMIT is
                      {"refill_count": integer, "max_events": integer,
                       "window_seconds": integer}, of which 9000, 9000 and 60 may be
@@ -89,16 +101,46 @@ Examples:
   telemetry-replay run --trace day.trace day.jsonl > out.jsonl
   echo '{"name":"launch","data":{"k":1}}' | telemetry-replay run)";
 
+constexpr char kSchemaDescription[] = "Says what devices make of an event schema.";
+constexpr char kCheckDescription[] = "Names everything in an event schema that would be dropped or misread.";
+constexpr char kLookupDescription[] = "Says how an event schema classifies events.";
+
+constexpr char kSchemaFooter[] = R"(
+Schema: one JSON object.
+  timestamp               unsigned 64-bit integer
+  salt                    string, hashed behind each name
+  settings_to_categories  {"ESSENTIAL": [CODE], "NON_ESSENTIAL": [CODE],
+                           "NEEDS_REVIEW": [CODE],
+                           "NON_ESSENTIAL_WITH_OTHER_CONSENT": [CODE]}; the last two
+                          have exactly one
+  allowed_events, allowed_campaigns
+                          [{"identifier": HASH, "categories": [CODE],
+                            "extra_data_categories": {"granular": [HASH]}}], the hashes
+                          of an event's identifier and of a purpose and the identifier
+
+Exit status: 0; 1 if something would be dropped or misread; 2 for a wrong call or a
+file that cannot be used.
+
+Examples:
+  telemetry-replay schema check schema.json
+  telemetry-replay schema lookup schema.json app_launch odt_4102)";
+
 constexpr char kFooter[] = R"(
 Examples:
   telemetry-replay run day.jsonl -o out.jsonl
-  telemetry-replay run --help)";
+  telemetry-replay run --help
+  telemetry-replay schema --help)";
 
-void addRunCommand(CLI::App& app, RunOptions& options) {
+/// What was asked for on the command line.
+using Command = std::function<ExitStatus()>;
+
+void addRunCommand(CLI::App& app, RunOptions& options, Command& command) {
     CLI::App* run = app.add_subcommand("run", kRunDescription);
     run->add_option("FILE", options.inputs, "Files of events; none or - is standard input")->type_name("");
     run->add_option("--device", options.device, "Run on the device that FILE describes")->type_name("FILE");
-    run->add_option("--store", options.store, "Keep sequence numbers from run to run in FILE, an SQLite database")
+    run->add_option("--schema", options.schema, "Classify events by the event schema in FILE")->type_name("FILE");
+    run->add_option("--store", options.store,
+                    "Keep sequence numbers and the event schema from run to run in FILE, an SQLite database")
         ->type_name("FILE");
     run->add_option("-o,--output", options.output, "Write the events to FILE instead of standard output")
         ->type_name("FILE");
@@ -111,6 +153,29 @@ void addRunCommand(CLI::App& app, RunOptions& options) {
     run->add_flag("--strict", options.strict, "Stop at the first bad line");
     run->add_flag("-q,--quiet", options.quiet, "No warnings, no progress bar, no summary");
     run->footer(kRunFooter);
+    run->callback([&] { command = [&] { return runCommand(options); }; });
+}
+
+struct SchemaOptions {
+    std::string file;
+    std::vector<std::string> names;
+};
+
+void addSchemaCommand(CLI::App& app, SchemaOptions& options, Command& command) {
+    CLI::App* schema = app.add_subcommand("schema", kSchemaDescription);
+    schema->require_subcommand(1);
+    schema->footer(kSchemaFooter);
+    const auto add = [&](const char* name, const char* description, Command action) {
+        CLI::App* subcommand = schema->add_subcommand(name, description);
+        subcommand->add_option("FILE", options.file, "The schema; - is standard input")->type_name("")->required();
+        subcommand->callback([&command, action] { command = action; });
+        return subcommand;
+    };
+    add("check", kCheckDescription, [&] { return checkSchemaCommand(options.file); });
+    add("lookup", kLookupDescription, [&] { return lookUpSchemaCommand(options.file, options.names); })
+        ->add_option("NAME", options.names, "String identifiers of events")
+        ->type_name("")
+        ->required();
 }
 
 /// Help and version go to standard output, whose failure counts; anything else is a wrong call.
@@ -136,17 +201,20 @@ ExitStatus report(const CLI::App& app, const CLI::ParseError& error) {
 
 ExitStatus runTool(int argc, char** argv) {
     CLI::App app("Replays telemetry events on a desk, through the pipeline that devices run.", "telemetry-replay");
-    RunOptions options;
+    RunOptions runOptions;
+    SchemaOptions schemaOptions;
+    Command command;
     app.set_version_flag("--version", "telemetry-replay " TELEMETRY_REPLAY_VERSION);
     app.require_subcommand(1);
     app.footer(kFooter);
-    addRunCommand(app, options);
+    addRunCommand(app, runOptions, command);
+    addSchemaCommand(app, schemaOptions, command);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return report(app, error);
     }
-    return runCommand(options);
+    return command();
 }
 
 }  // namespace

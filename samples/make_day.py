@@ -2,11 +2,13 @@
 """Makes the sample day: the telemetry of one device from 06:00 to 06:00, as telemetry-replay reads it.
 
     python3 samples/make_day.py > samples/day.jsonl
+    python3 samples/make_day.py schema > samples/schema.json    # the event schema that the device has that day
 
-One JSON object a line, in time order. The device starts at 06:00 after an overnight update; a second user (Android
+The day has one JSON object a line, in time order. The device starts at 06:00 after an overnight update; a second user (Android
 user 10) often holds it in the evening. Every run writes the same bytes: one fixed seed, no clock, no locale.
 """
 
+import hashlib
 import json
 import random
 import sys
@@ -221,6 +223,52 @@ FAMILIES = (  # how often each family begins in each hour of the day
 )
 
 
+SALT = "arvo-2025-03-12"
+CATEGORIES = {"ESSENTIAL": (1, 2), "NON_ESSENTIAL": (10, 11), "NEEDS_REVIEW": (90,),
+              "NON_ESSENTIAL_WITH_OTHER_CONSENT": (20,)}
+EVENTS = (  # codes, the only purpose if there is one, string identifiers
+    ((1,), None, "boot_phase display_state device_health app_crash storage_write_stats compositor_frame_stats "
+                 "hal_camera_session hal_vibrator_pulse wifi_scan_summary process_memory_snapshot wakeup_alarm_fired "
+                 "network_bytes_by_app kernel_wakelock_total input_latency_sample surface_refresh_change generic_record"),
+    ((1, 2), None, "arvo_sensitive_app_ops_monitor arvo_api_permission_state_event telemetry_event_filtering_audit "
+                   "telemetry_service_event_rate_limit_breach telemetry_service_dynamic_telemetry_guard_performance "
+                   "telemetry_service_dynamic_telemetry_monitor event_size_limit_breach "
+                   "telemetry_service_dynamic_telemetry_config_performance arvo_telemetry_checkpoint_status_monitor "
+                   "telemetry_event_intake_monitor_audit arvo_mobile_telemetry_statsd_verification_monitor"),
+    ((10,), None, "app_launch app_exit arvo_pairing_scan_started arvo_pairing_candidates_found arvo_pairing_completed "
+                  "arvo_connection_requested arvo_connection_established arvo_connection_lost "
+                  "arvo_connection_signal_report arvo_connection_retry_attempt arvo_streaming_session_stopped "
+                  "1310721 1310733 40501249"),
+    ((1, 10), None, "arvo_pairing_attempt_failed"),  # the essential code counts
+    ((11,), "Personalization", "screen_view arvo_streaming_frame_dropped"),
+    ((11,), "Ads Personalization", "arvo_streaming_session_started"),
+    ((20,), None, "arvo_streaming_quality_report sensor_batch"),
+    ((90,), None, "histogram_export perf perf_utl ondemand_statsd_utl"),
+    ((), None, "settings_snapshot"),
+)
+CAMPAIGNS = (((1,), None, "odt_4102 odt_4117"), ((10,), None, "odt_5000000042"))
+
+
+def hashed(text):
+    return hashlib.sha256((text + SALT).encode()).hexdigest()
+
+
+def entries(classes):
+    """One entry of the schema a line."""
+    for codes, purpose, identifiers in classes:
+        for identifier in identifiers.split():
+            extra = {"extra_data_categories": {"granular": [hashed(purpose + identifier)]}} if purpose else {}
+            yield json.dumps({"identifier": hashed(identifier), "categories": codes, **extra})
+
+
+def schema():
+    members = {"timestamp": str(DAY_START_MS), "salt": json.dumps(SALT),
+               "settings_to_categories": json.dumps(CATEGORIES)}
+    for name, classes in (("allowed_events", EVENTS), ("allowed_campaigns", CAMPAIGNS)):
+        members[name] = "[\n    " + ",\n    ".join(sorted(entries(classes))) + "\n  ]"
+    return "{\n" + ",\n".join('  "%s": %s' % member for member in members.items()) + "\n}\n"
+
+
 def day():
     d = Dice(20250312)
     events = []
@@ -232,5 +280,8 @@ def day():
 
 
 if __name__ == "__main__":
+    if sys.argv[1:] == ["schema"]:
+        sys.stdout.write(schema())
+        sys.exit()
     for entry in day():
         sys.stdout.buffer.write(json.dumps(entry, ensure_ascii=False, separators=(",", ":")).encode() + b"\n")

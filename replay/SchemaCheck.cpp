@@ -1,0 +1,229 @@
+#include "replay/SchemaCheck.h"
+
+#include <json/value.h>
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "replay/StrictJson.h"
+#include "telemetry/EventSchemaHandler.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+namespace {
+
+using Schema = EventSchemaHandler;
+using Codes = std::unordered_set<int32_t>;
+
+constexpr char kNoHash[] = "expected 64 lower-case hexadecimal digits; no name has this hash";
+
+constexpr IEventSchemaHandler::EventCategory kCategories[] = {
+    IEventSchemaHandler::EventCategory::Essential,
+    IEventSchemaHandler::EventCategory::NonEssential,
+    IEventSchemaHandler::EventCategory::NonEssentialWithOtherConsent,
+    IEventSchemaHandler::EventCategory::NeedsReview,
+    IEventSchemaHandler::EventCategory::Uncategorized,
+    IEventSchemaHandler::EventCategory::Invalid,
+};
+
+/// A value of the document and the path to it.
+struct Node {
+    const Json::Value& value;
+    std::string path;
+};
+
+bool isHash(const std::string& text) {
+    return text.size() == 64 && text.find_first_not_of("0123456789abcdef") == std::string::npos;
+}
+
+class SchemaChecker {
+public:
+    explicit SchemaChecker(const std::string& text) {
+        for (size_t at = 0; (at = text.find('\n', at)) != std::string::npos; ++at) newlines_.push_back(at);
+    }
+
+    SchemaReport check(const Json::Value& document) {
+        const Node root{document, {}};
+        if (document.isObject()) {
+            checkObject(root);
+        } else {
+            problem(root, "expected an object");
+        }
+        std::stable_sort(report_.findings.begin(), report_.findings.end(),
+                         [](const auto& a, const auto& b) { return a.line < b.line; });
+        return std::move(report_);
+    }
+
+private:
+    void checkObject(const Node& root) {
+        checkTimestamp(root);
+        checkSalt(root);
+        readCodes(root);
+        for (const char* entries : {Schema::kJsonKeyAllowedEvents, Schema::kJsonKeyAllowedCampaigns}) {
+            forEach(member(root, entries), [&](const Node& entry) { checkEntry(entry); });
+        }
+        for (const auto category : kCategories) {
+            const std::string name = Schema::getEventCategoryStr(category);
+            report_.entriesByCategory.emplace_back(name, entriesByCategory_[name]);
+        }
+    }
+
+    void add(const Node& node, const std::string& text, bool isProblem) {
+        const auto line = std::lower_bound(newlines_.begin(), newlines_.end(), node.value.getOffsetStart());
+        report_.findings.push_back({static_cast<size_t>(line - newlines_.begin()) + 1,
+                                    (node.path.empty() ? "" : node.path + ": ") + text, isProblem});
+    }
+
+    void problem(const Node& node, const std::string& text) { add(node, text, true); }
+
+    static std::string pathOf(const Node& parent, const char* name) {
+        return parent.path.empty() ? name : parent.path + "." + name;
+    }
+
+    /// The member of an object, if it has one of that name.
+    static std::optional<Node> optionalMember(const Node& parent, const char* name) {
+        if (!parent.value.isMember(name)) return std::nullopt;
+        return Node{parent.value[name], pathOf(parent, name)};
+    }
+
+    std::optional<Node> member(const Node& parent, const char* name) {
+        std::optional<Node> found = optionalMember(parent, name);
+        if (!found) add({parent.value, pathOf(parent, name)}, "missing; taken as empty", false);
+        return found;
+    }
+
+    bool isArray(const Node& node) {
+        if (node.value.isArray()) return true;
+        problem(node, "expected an array; taken as empty");
+        return false;
+    }
+
+    bool isObject(const Node& node) {
+        if (node.value.isObject()) return true;
+        problem(node, "expected an object; taken as missing");
+        return false;
+    }
+
+    template <typename Use>
+    void forEach(const std::optional<Node>& array, Use use) {
+        if (!array || !isArray(*array)) return;
+        for (Json::ArrayIndex i = 0; i < array->value.size(); ++i) {
+            use(Node{array->value[i], array->path + "[" + std::to_string(i) + "]"});
+        }
+    }
+
+    Codes codesOf(const std::optional<Node>& array) {
+        Codes codes;
+        forEach(array, [&](const Node& code) {
+            if (code.value.isInt()) {
+                codes.insert(code.value.asInt());
+            } else {
+                problem(code, "expected a signed 32-bit integer; passed over");
+            }
+        });
+        return codes;
+    }
+
+    /// The only code of a list that is to hold just one.
+    std::optional<int32_t> singleCodeOf(const std::optional<Node>& array) {
+        if (!array || !isArray(*array)) return std::nullopt;
+        if (array->value.size() == 1 && array->value[0].isInt()) return array->value[0].asInt();
+        problem(*array, "expected exactly one signed 32-bit integer; taken as empty");
+        return std::nullopt;
+    }
+
+    void checkTimestamp(const Node& root) {
+        const std::optional<Node> timestamp = optionalMember(root, Schema::kKeyTimestamp);
+        if (!timestamp) return problem({root.value, Schema::kKeyTimestamp}, "missing; reads back as 0");
+        if (isIntegerLiteral(timestamp->value) && timestamp->value.isUInt64()) return;
+        problem(*timestamp, "expected an unsigned 64-bit integer; reads back as 0");
+    }
+
+    void checkSalt(const Node& root) {
+        const std::optional<Node> salt = optionalMember(root, Schema::kKeySalt);
+        hasSalt_ = salt && salt->value.isString() && !salt->value.asString().empty();
+        if (hasSalt_) return;
+        problem(salt.value_or(Node{root.value, Schema::kKeySalt}),
+                "expected a text that is not empty; names are looked up unhashed");
+    }
+
+    void readCodes(const Node& root) {
+        const std::optional<Node> lists = member(root, Schema::kJsonKeySettingsToCategories);
+        if (!lists || !isObject(*lists)) return;
+        review_ = singleCodeOf(member(*lists, Schema::kCategoryNeedsReview));
+        otherConsent_ = singleCodeOf(member(*lists, Schema::kCategoryNonEssentialWithOtherConsent));
+        essential_ = codesOf(member(*lists, Schema::kCategoryEssential));
+        nonEssential_ = codesOf(member(*lists, Schema::kCategoryNonEssential));
+        for (const std::string& name : lists->value.getMemberNames()) {
+            const auto category = Schema::getEventCategoryEnum(name);
+            if (category == IEventSchemaHandler::EventCategory::Invalid ||
+                category == IEventSchemaHandler::EventCategory::Uncategorized) {
+                problem(*optionalMember(*lists, name.c_str()), "no category that has codes; ignored");
+            }
+        }
+    }
+
+    void checkEntry(const Node& entry) {
+        if (!isObject(entry)) return;
+        const std::optional<Node> identifier = optionalMember(entry, Schema::kJsonKeyIdentifier);
+        if (!identifier || !identifier->value.isString()) {
+            return problem(identifier.value_or(entry), "expected a text as the identifier; the entry is passed over");
+        }
+        const std::string text = identifier->value.asString();
+        const auto [first, isNew] = places_.try_emplace(text, identifier->path);
+        if (!isNew) problem(*identifier, "the same as " + first->second + ", of which it takes the place");
+        if (hasSalt_ && !isHash(text)) problem(*identifier, kNoHash);
+        checkCategory(entry);
+        checkPurpose(entry);
+    }
+
+    void checkCategory(const Node& entry) {
+        const std::optional<Node> list = member(entry, Schema::kJsonKeyCategories);
+        const Codes codes = codesOf(list);
+        const std::string category =
+            rules_.getCategoryFromCodes(codes, review_, otherConsent_, essential_, nonEssential_);
+        ++entriesByCategory_[category];
+        if (category != Schema::kCategoryInvalid) return;
+        if (review_ && codes.count(*review_) > 0) {
+            return problem(*list, "a review code among others makes the entry INVALID");
+        }
+        forEach(list, [&](const Node& code) {
+            if (!code.value.isInt()) return;
+            const int32_t number = code.value.asInt();
+            if (essential_.count(number) + nonEssential_.count(number) > 0) return;
+            problem(code, "neither ESSENTIAL nor NON_ESSENTIAL, which makes the entry INVALID");
+        });
+    }
+
+    void checkPurpose(const Node& entry) {
+        const std::optional<Node> extra = optionalMember(entry, Schema::kJsonKeyExtraDataCategories);
+        if (!extra || !isObject(*extra)) return;
+        const std::optional<Node> purposes = optionalMember(*extra, Schema::kJsonKeyGranular);
+        forEach(purposes, [&](const Node& purpose) {
+            const bool isText = purpose.value.isString();
+            if (!isText || (hasSalt_ && !isHash(purpose.value.asString()))) problem(purpose, kNoHash);
+        });
+    }
+
+    std::vector<ptrdiff_t> newlines_;  // offsets in the document
+    SchemaReport report_;
+    const EventSchemaHandler rules_{nullptr};  // to be asked for rules only, which need no store
+    bool hasSalt_ = false;
+    std::optional<int32_t> review_, otherConsent_;
+    Codes essential_, nonEssential_;
+    std::unordered_map<std::string, std::string> places_;  // of identifiers
+    std::unordered_map<std::string, uint64_t> entriesByCategory_;
+};
+
+}  // namespace
+
+SchemaReport checkSchema(const std::string& text) {
+    Json::Value document;
+    if (const auto fault = StrictJson().parse(text, document)) return {{{fault->line, fault->text, true}}, {}};
+    return SchemaChecker(text).check(document);
+}
+
+}  // namespace Velo::OS::Telemetry::replay

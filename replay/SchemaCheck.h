@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Velo::OS::Telemetry::replay {
+
+/// What a device would make of an event schema.
+struct SchemaReport {
+    struct Finding {
+        size_t line;  // of the document, counted from 1
+        std::string text;
+        bool isProblem;  // something would be dropped or misread; else it is missing and counts as empty
+    };
+
+    std::vector<Finding> findings;  // in the order of their lines
+    std::vector<std::pair<std::string, uint64_t>> entriesByCategory;
+};
+
+SchemaReport checkSchema(const std::string& text);
+
+}  // namespace Velo::OS::Telemetry::replay
