@@ -14,6 +14,7 @@ bool FloorReporter::ReportContext(const Context& /*context*/) {
 void FloorReporter::ReportRuns(const std::vector<Run>& runs) {
     double bestNs = std::numeric_limits<double>::infinity();
     double allocations = 0;
+    std::string others;
     std::string name;
     for (const Run& run : runs) {
         if (run.run_type != Run::RT_Iteration) continue;
@@ -23,8 +24,16 @@ void FloorReporter::ReportRuns(const std::vector<Run>& runs) {
         }
         name = run.run_name.function_name;
         bestNs = std::min(bestNs, run.GetAdjustedCPUTime());
-        const auto counter = run.counters.find("allocations");
-        if (counter != run.counters.end()) allocations = counter->second;
+        others.clear();
+        for (const auto& [title, count] : run.counters) {
+            if (title == "allocations") {
+                allocations = count;
+            } else {
+                char text[64];
+                std::snprintf(text, sizeof(text), "  %.1f %s", count.value, title.c_str());
+                others += text;
+            }
+        }
     }
     if (name.empty()) return;  // the means and medians of the repetitions
     const size_t slash = name.find('/');
@@ -32,7 +41,7 @@ void FloorReporter::ReportRuns(const std::vector<Run>& runs) {
     if (name.substr(slash + 1) == "floor") floorNs_[group] = bestNs;
     const auto floor = floorNs_.find(group);
     const double ratio = floor == floorNs_.end() ? std::numeric_limits<double>::quiet_NaN() : bestNs / floor->second;
-    std::printf("%-52s %12.1f %9.2f %12.1f\n", name.c_str(), bestNs, ratio, allocations);
+    std::printf("%-52s %12.1f %9.2f %12.1f%s\n", name.c_str(), bestNs, ratio, allocations, others.c_str());
     std::fflush(stdout);
 }
 

@@ -4,11 +4,16 @@
 #include <vector>
 
 #include "benchmarks/Allocations.h"
+#include "benchmarks/MemoryStorage.h"
+#include "benchmarks/SampleEvent.h"
 #include "platform/settings/HostTelemetrySettings.h"
+#include "replay/ConsentFilter.h"
 #include "replay/DeviceServices.h"
 #include "replay/DynamicTelemetryRules.h"
 #include "telemetry/AccountCheckpointGuard.h"
 #include "telemetry/DynamicTelemetryGuard.h"
+#include "telemetry/EventFilterGuard.h"
+#include "telemetry/EventSchemaHandler.h"
 #include "telemetry/PathwayGuard.h"
 #include "telemetry/RateLimiterGuard.h"
 #include "telemetry/TelemetryEventBundle.h"
@@ -91,6 +96,45 @@ void dynamicTelemetry(benchmark::State& state) {
     passThrough(state, guard);
 }
 
+std::unique_ptr<TelemetryEvent> newFullEvent() {
+    auto event = std::make_unique<TelemetryEventBundle>("event", sampleData(), 10123U, IntakeFormat::JsonBundle);
+    event->getStringIdentifier();
+    return event;
+}
+
+/// What every floor of guards has, a copy of the event's data and what is written on the event.
+void floorOfFilter(benchmark::State& state) {
+    std::mutex mutex;
+    std::unordered_map<std::string, bool> decisions;
+    const std::string key = "event_schema_timestamp";
+    const auto event = newFullEvent();
+    const Allocations allocations(state);
+    for (auto _ : state) {
+        const std::lock_guard<std::mutex> lock(mutex);
+        benchmark::DoNotOptimize(decisions[event->getStringIdentifier()]);
+        benchmark::DoNotOptimize(event->getJsonValue());
+        event->addULong(key, 1);
+        event->addProperty("consent_state", "32");
+    }
+}
+
+void eventFilter(benchmark::State& state) {
+    replay::Device device;
+    device.filter.enabled = true;
+    device.filter.discretionaryPackages = {sampleData()["utl_logging_package"].asString()};
+    const auto storage = std::make_shared<MemoryStorage>();
+    const auto schema = std::make_shared<EventSchemaHandler>(storage);
+    schema->persistEventSchema(R"({"timestamp":1741759200000,"salt":"s"})");
+    const auto filter =
+        std::make_shared<replay::ConsentFilter>(std::make_shared<replay::DeviceServices>(device), schema);
+    EventFilterGuard guard([](const auto&...) {}, filter, counters);
+    auto event = guard.handle(newFullEvent()).takeValue();
+    storage->reads = 0;
+    const Allocations allocations(state);
+    for (auto _ : state) event = guard.handle(std::move(event)).takeValue();
+    state.counters["store reads"] = static_cast<double>(storage->reads);
+}
+
 /// The table belongs to the process: these run in growing order, and each finds what the last one left.
 void rateLimiter(benchmark::State& state) {
     RateLimiterGuard guard(nullptr, counters, std::make_shared<NoLimit>());
@@ -108,6 +152,8 @@ const bool added = [] {
     add("guards/account checkpoint", accountCheckpoint);
     add("guards/rate limiter", rateLimiter);
     add("guards/dynamic telemetry", dynamicTelemetry);
+    add("event filter/floor", floorOfFilter);
+    add("event filter/pass path", eventFilter);
     add("guards, 1,000 names/floor", floorOfGuards, 1000);
     add("guards, 1,000 names/rate limiter", rateLimiter, 1000);
     add("guards, 100,000 names/floor", floorOfGuards, 100'000);
