@@ -294,22 +294,26 @@ TEST_F(Guards, AReportThatFailsLeavesTheGuardUsable) {
 }
 
 TEST_F(Guards, AFilteredEventIsMarkedAndEachNewDecisionAudited) {
-    const std::string audit = "telemetry_event_filtering_audit", drop = "count guard_filter_dropped 1 of ";
-    const auto auditOf = [&](const std::string& name, int isAllowed, int consent, int state) {
-        const auto is = [](int value) { return value ? "true" : "false"; };
-        return report(7, audit,
-                      R"("build_product":"arvo2","build_version":"84210","consent_state":)" + std::to_string(state) +
-                          R"(,"data_use_consent":)" + is(services->facts[2]) +
-                          R"(,"event_category":"NEEDS_REVIEW","event_schema_timestamp":1790000000000,)"
-                          R"("filter_event_name":")" +
-                          name + R"(","is_ads_personalization_purpose_only":)" + is(services->facts[4]) +
-                          R"(,"is_allowed":)" + is(isAllowed) + R"(,"is_allowed_if_filter_enabled":)" +
-                          is(services->allowsIfFiltered) + R"(,"is_bypassed_for_discretionary_app":)" +
-                          is(services->facts[0]) + R"(,"is_developer":false,"is_filter_enabled":)" + is(state != 0) +
-                          R"(,"is_parvi_account":)" + is(services->facts[1]) +
-                          R"(,"is_personalization_purpose_only":)" + is(services->facts[3]) + R"(,"user_consent":)" +
-                          is(consent)) +
-               " int consent_state";
+    const std::string audit = "telemetry_event_filtering_audit", drop = "; count guard_filter_dropped 1 of ";
+    const auto calls = [&] {
+        std::string text;
+        for (const std::string& call : services->take()) text += "; " + call;
+        return text;
+    };
+    const auto auditOf = [&](const char* name, bool isAllowed, int state) {
+        Json::Value body = fakes::parsed(R"({"build_product":"arvo2","build_version":"84210","is_developer":false,
+            "event_category":"NEEDS_REVIEW","event_schema_timestamp":1790000000000})");
+        const char* const facts[] = {"is_bypassed_for_discretionary_app", "is_parvi_account", "data_use_consent",
+                                     "is_personalization_purpose_only", "is_ads_personalization_purpose_only"};
+        for (size_t i = 0; i < 5; ++i) body[facts[i]] = services->facts[i];
+        body["filter_event_name"] = name;
+        body["is_allowed"] = isAllowed;
+        body["consent_state"] = state;
+        body["is_filter_enabled"] = services->filters;
+        body["user_consent"] = services->consents;
+        body["is_allowed_if_filter_enabled"] = services->allowsIfFiltered;
+        const std::string members = fakes::text(body);
+        return "; " + report(7, audit, members.substr(1, members.size() - 2)) + " int consent_state";
     };
     android::base::SetProperty("ro.product.name", "arvo2");
     android::base::SetProperty("ro.build.version.incremental", "84210");
@@ -317,59 +321,39 @@ TEST_F(Guards, AFilteredEventIsMarkedAndEachNewDecisionAudited) {
     EXPECT_EQ(guard.name_, "event_filter_guard");
     services->schemaTimestamp = 1'790'000'000'000;
     const auto data = R"({"utl_logging_package":"com.a"})";
-    for (size_t fact = 0; fact < services->facts.size(); ++fact) {
+    for (const char* name : {"0", "1", "2", "3", "4"}) {
         services->facts = {};
-        services->facts[fact] = true;
-        const std::string name = "e" + std::to_string(fact);
-        const std::string accountFacts = std::string(fact == 1 ? "1" : "0") + (fact == 2 ? "1" : "0");
-        Lines calls = {"consent 7",
-                       "timestamp",
-                       "filters?",
-                       "parvi 7",
-                       "data use 7",
-                       "if filtered " + name + " 1" + accountFacts + "0",
-                       "allowed " + name + " 7 com.a 11",
-                       "filters?"};
-        const Lines callsOfAudit = {"category " + name, "bypassed com.a 7", "purpose " + name,
-                                    "ads " + name,      "filters?",         auditOf(name, 1, 1, 32)};
-        Lines all = calls;
-        all.insert(all.end(), callsOfAudit.begin(), callsOfAudit.end());
+        services->facts[static_cast<size_t>(*name - '0')] = true;
+        const std::string account = std::to_string(services->facts[1]) + std::to_string(services->facts[2]);
+        const std::string asked = "; consent 7; timestamp; filters?; parvi 7; data use 7; if filtered " +
+                                  std::string(name) + " 1" + account + "0; allowed " + name + " 7 com.a 11; filters?";
         EXPECT_TRUE(passes(guard, name, 7, IntakeFormat::JsonBundle, data));
-        EXPECT_EQ(services->take(), all);
+        EXPECT_EQ(calls(), asked + "; category " + name + "; bypassed com.a 7; purpose " + name + "; ads " + name +
+                               "; filters?" + auditOf(name, true, 32));
         EXPECT_EQ(passed->getJsonString(), R"({"event_schema_timestamp":1790000000000,"realtime":false,)"
                                            R"("utl_logging_package":"com.a"})");
-        EXPECT_EQ(passed->consentState(), 32);
         EXPECT_TRUE(passes(guard, name, 7, IntakeFormat::JsonBundle, data));
-        EXPECT_EQ(services->take(), calls) << "nothing new";
+        EXPECT_EQ(calls(), asked) << "nothing new";
         android::base::SetProperty("ro.product.name", "read once");
     }
-    // Of an event whose decision changed, the calls from the verdict on.
-    const auto last = [&] {
-        Lines calls = services->take();
-        calls.erase(calls.begin(), std::find(calls.begin(), calls.end(), "ads f"));
-        return calls;
-    };
-    const std::tuple<bool, bool, int> states[] = {{true, false, 16}, {false, true, 0}, {false, false, 0}};
+    const std::tuple<bool, bool, int> states[] = {{true, false, 16}, {false, true, 0}, {true, true, 32}};
     for (const auto& [filters, consents, state] : states) {
         services->filters = filters;
         services->consents = consents;
-        services->allowsIfFiltered = !services->allowsIfFiltered;
-        services->refused = {};
-        EXPECT_TRUE(passes(guard, "f", 7));
-        EXPECT_EQ(passed->getJsonBatchHeaderString(),
-                  R"({"app_id":736366014426470,"app_version":"","consent_state":")" + std::to_string(state) + "\"}");
-        EXPECT_EQ(last(), (Lines{"ads f", "filters?", auditOf("f", 1, consents, state)}));
-        services->allowsIfFiltered = !services->allowsIfFiltered;
-        services->refused = {"f", audit};
-        EXPECT_FALSE(passes(guard, "f", 7));
-        EXPECT_EQ(last(), (Lines{"ads f", "filters?", auditOf("f", 0, consents, state), drop + "f"}));
+        for (const bool isAllowed : {true, false}) {
+            services->allowsIfFiltered = !services->allowsIfFiltered;
+            services->refused = isAllowed ? std::set<std::string>() : std::set<std::string>{"f"};
+            EXPECT_EQ(passes(guard, "f", 7), isAllowed);
+            EXPECT_EQ(passed->consentState(), state);
+            EXPECT_TRUE(calls().ends_with(auditOf("f", isAllowed, state) + (isAllowed ? "" : drop + "f")));
+        }
         EXPECT_EQ(guard.setConsentState(consents), static_cast<uint32_t>(state));
     }
-    services->take();
+    services->refused = {audit};
+    calls();
     EXPECT_FALSE(passes(guard, audit, 7));
-    EXPECT_EQ(services->take(),
-              (Lines{"consent 7", "timestamp", "parvi 7", "data use 7", "if filtered " + audit + " 0000",
-                     "allowed " + audit + " 7  01", "filters?", drop + audit}));
+    EXPECT_EQ(calls(), "; consent 7; timestamp; parvi 7; data use 7; if filtered " + audit + " 1000; allowed " + audit +
+                           " 7  11; filters?" + drop + audit);
     services->refused = {};
     EXPECT_TRUE(passes(guard, audit, 7));
     EXPECT_EQ(passed->getJsonString(), R"({"realtime":false})");
