@@ -72,7 +72,8 @@ private:
     }
 
     void add(const Node& node, const std::string& text, bool isProblem) {
-        const auto line = std::lower_bound(newlines_.begin(), newlines_.end(), node.value.getOffsetStart());
+        const auto start = static_cast<size_t>(node.value.getOffsetStart());
+        const auto line = std::lower_bound(newlines_.begin(), newlines_.end(), start);
         report_.findings.push_back({static_cast<size_t>(line - newlines_.begin()) + 1,
                                     (node.path.empty() ? "" : node.path + ": ") + text, isProblem});
     }
@@ -208,7 +209,7 @@ private:
         });
     }
 
-    std::vector<ptrdiff_t> newlines_;  // offsets in the document
+    std::vector<size_t> newlines_;  // offsets in the document
     SchemaReport report_;
     const EventSchemaHandler rules_{nullptr};  // to be asked for rules only, which need no store
     bool hasSalt_ = false;

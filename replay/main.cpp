@@ -165,7 +165,7 @@ void addSchemaCommand(CLI::App& app, SchemaOptions& options, Command& command) {
     CLI::App* schema = app.add_subcommand("schema", kSchemaDescription);
     schema->require_subcommand(1);
     schema->footer(kSchemaFooter);
-    const auto add = [&](const char* name, const char* description, Command action) {
+    const auto add = [&](const char* name, const char* description, const Command& action) {
         CLI::App* subcommand = schema->add_subcommand(name, description);
         subcommand->add_option("FILE", options.file, "The schema; - is standard input")->type_name("")->required();
         subcommand->callback([&command, action] { command = action; });

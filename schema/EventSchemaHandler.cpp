@@ -88,7 +88,7 @@ std::string toHex(const unsigned char (&digest)[SHA256_DIGEST_LENGTH]) {
 
 EventSchemaHandler::EventSchemaHandler(std::shared_ptr<StorageCache> storageCache)
     : eventSchemaStore_(Store::EventSchema, kEventSchemaKeyValueStoreName, storageCache),
-      eventSchemaPurposeStore_(Store::EventSchema, kEventSchemaPurposeKeyValueStoreName, storageCache) {}
+      eventSchemaPurposeStore_(Store::EventSchema, kEventSchemaPurposeKeyValueStoreName, std::move(storageCache)) {}
 
 bool EventSchemaHandler::persistEventSchema(const std::string& schema) {
     const std::lock_guard<std::mutex> lock(lock_);
