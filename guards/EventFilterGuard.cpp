@@ -19,7 +19,7 @@ namespace {
 using Keys = MonitorEventConstants;
 
 constexpr char kConsentState[] = "consent_state";
-const std::string kEventSchemaTimestamp = Keys::kEventSchemaTimestamp;
+const std::string kTimestampMember = Keys::kEventSchemaTimestamp;
 
 /// The build of the device, read once in the life of the process.
 struct Build {
@@ -101,7 +101,7 @@ EventResult EventFilterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
     const bool isAudit = decision.identifier == Keys::kAuditEventName;
     if (!isAudit) {
         const uint32_t consentState = setConsentState(decision.userConsent);
-        event->addULong(kEventSchemaTimestamp, decision.schemaTimestamp);
+        event->addULong(kTimestampMember, decision.schemaTimestamp);
         event->addProperty(kConsentState, std::to_string(consentState));
     }
 

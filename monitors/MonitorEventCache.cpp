@@ -1,5 +1,7 @@
 #include "telemetry/MonitorEventCache.h"
 
+#include <utility>
+
 namespace Velo::OS::Telemetry {
 
 std::unordered_map<std::string, std::unordered_map<unsigned int, bool>> MonitorEventCache::eventFilteringCache;
@@ -8,9 +10,7 @@ std::mutex MonitorEventCache::lock_;
 bool MonitorEventCache::checkAndSetFilterDecisionCache(unsigned int uid, const std::string& eventName, bool decision) {
     const std::lock_guard<std::mutex> lock(lock_);
     const auto [last, isNew] = eventFilteringCache[eventName].try_emplace(uid, decision);
-    if (!isNew && last->second == decision) return true;
-    last->second = decision;
-    return false;
+    return !isNew && std::exchange(last->second, decision) == decision;
 }
 
 }  // namespace Velo::OS::Telemetry

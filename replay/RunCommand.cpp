@@ -90,10 +90,10 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     auto schema = schemaIn(store);
     if (files.schema) persistSchema(readSchema(*files.schema), files.schema->name(), *schema, store);
     // In place of no schema at all, about which the library would complain at every name.
-    StoreFile emptyStore(std::nullopt);
+    std::optional<StoreFile> emptyStore;
     if (!schema->isEventSchemaAvailable()) {
         if (device.filter.enabled) console.warning("no event schema: all events are UNCATEGORIZED");
-        schema = schemaIn(emptyStore);
+        schema = schemaIn(emptyStore.emplace(std::nullopt));
         schema->persistEventSchema(R"({"salt":"none"})");
     }
     DevicePipeline pipeline(std::move(device), sequenceNumbers, schema);

@@ -8,6 +8,7 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "replay/StoredKeyValues.h"
 #include "replay/StrictJson.h"
 #include "telemetry/EventSchemaHandler.h"
 
@@ -18,7 +19,7 @@ namespace {
 using Schema = EventSchemaHandler;
 using Codes = std::unordered_set<int32_t>;
 
-constexpr char kNoHash[] = "expected 64 lower-case hexadecimal digits; no name has this hash";
+constexpr char kNoHash[] = "expected 64 lower-case hexadecimal digits";
 
 constexpr IEventSchemaHandler::EventCategory kCategories[] = {
     IEventSchemaHandler::EventCategory::Essential,
@@ -35,7 +36,9 @@ struct Node {
     std::string path;
 };
 
-bool isHash(const std::string& text) {
+bool isHash(const Json::Value& value) {
+    if (!value.isString()) return false;
+    const std::string text = value.asString();
     return text.size() == 64 && text.find_first_not_of("0123456789abcdef") == std::string::npos;
 }
 
@@ -52,13 +55,15 @@ public:
         } else {
             problem(root, "expected an object");
         }
-        std::stable_sort(report_.findings.begin(), report_.findings.end(),
+        std::stable_sort(report_.problems.begin(), report_.problems.end(),
                          [](const auto& a, const auto& b) { return a.line < b.line; });
         return std::move(report_);
     }
 
 private:
     void checkObject(const Node& root) {
+        checkNames(root, {Schema::kKeyTimestamp, Schema::kKeySalt, Schema::kJsonKeySettingsToCategories,
+                          Schema::kJsonKeyAllowedEvents, Schema::kJsonKeyAllowedCampaigns});
         checkTimestamp(root);
         checkSalt(root);
         readCodes(root);
@@ -71,29 +76,34 @@ private:
         }
     }
 
-    void add(const Node& node, const std::string& text, bool isProblem) {
+    void problem(const Node& node, const std::string& text) {
         const auto start = static_cast<size_t>(node.value.getOffsetStart());
         const auto line = std::lower_bound(newlines_.begin(), newlines_.end(), start);
-        report_.findings.push_back({static_cast<size_t>(line - newlines_.begin()) + 1,
-                                    (node.path.empty() ? "" : node.path + ": ") + text, isProblem});
+        report_.problems.push_back(
+            {static_cast<size_t>(line - newlines_.begin()) + 1, (node.path.empty() ? "" : node.path + ": ") + text});
     }
 
-    void problem(const Node& node, const std::string& text) { add(node, text, true); }
-
-    static std::string pathOf(const Node& parent, const char* name) {
+    static std::string pathOf(const Node& parent, const std::string& name) {
         return parent.path.empty() ? name : parent.path + "." + name;
     }
 
-    /// The member of an object, if it has one of that name.
-    static std::optional<Node> optionalMember(const Node& parent, const char* name) {
+    /// The member of that name, if the object has one.
+    static std::optional<Node> optionalMember(const Node& parent, const std::string& name) {
         if (!parent.value.isMember(name)) return std::nullopt;
         return Node{parent.value[name], pathOf(parent, name)};
     }
 
-    std::optional<Node> member(const Node& parent, const char* name) {
+    std::optional<Node> member(const Node& parent, const std::string& name) {
         std::optional<Node> found = optionalMember(parent, name);
-        if (!found) add({parent.value, pathOf(parent, name)}, "missing; taken as empty", false);
+        if (!found) problem({parent.value, pathOf(parent, name)}, "missing");
         return found;
+    }
+
+    void checkNames(const Node& parent, std::initializer_list<std::string_view> known) {
+        for (const std::string& name : parent.value.getMemberNames()) {
+            if (std::find(known.begin(), known.end(), name) != known.end()) continue;
+            problem(*optionalMember(parent, name), "unknown member; ignored");
+        }
     }
 
     bool isArray(const Node& node) {
@@ -137,46 +147,41 @@ private:
     }
 
     void checkTimestamp(const Node& root) {
-        const std::optional<Node> timestamp = optionalMember(root, Schema::kKeyTimestamp);
-        if (!timestamp) return problem({root.value, Schema::kKeyTimestamp}, "missing; reads back as 0");
-        if (isIntegerLiteral(timestamp->value) && timestamp->value.isUInt64()) return;
+        const std::optional<Node> timestamp = member(root, Schema::kKeyTimestamp);
+        if (!timestamp || (isIntegerLiteral(timestamp->value) && timestamp->value.isUInt64())) return;
         problem(*timestamp, "expected an unsigned 64-bit integer; reads back as 0");
     }
 
     void checkSalt(const Node& root) {
-        const std::optional<Node> salt = optionalMember(root, Schema::kKeySalt);
-        hasSalt_ = salt && salt->value.isString() && !salt->value.asString().empty();
-        if (hasSalt_) return;
-        problem(salt.value_or(Node{root.value, Schema::kKeySalt}),
-                "expected a text that is not empty; names are looked up unhashed");
+        const std::optional<Node> salt = member(root, Schema::kKeySalt);
+        if (!salt || (salt->value.isString() && !salt->value.asString().empty())) return;
+        problem(*salt, "expected a text that is not empty");
     }
 
     void readCodes(const Node& root) {
         const std::optional<Node> lists = member(root, Schema::kJsonKeySettingsToCategories);
         if (!lists || !isObject(*lists)) return;
-        review_ = singleCodeOf(member(*lists, Schema::kCategoryNeedsReview));
-        otherConsent_ = singleCodeOf(member(*lists, Schema::kCategoryNonEssentialWithOtherConsent));
+        checkNames(*lists, {Schema::kCategoryNeedsReview, Schema::kCategoryNonEssentialWithOtherConsent,
+                            Schema::kCategoryEssential, Schema::kCategoryNonEssential});
+        review_ = singleCodeOf(optionalMember(*lists, Schema::kCategoryNeedsReview));
+        const std::optional<Node> otherConsent = optionalMember(*lists, Schema::kCategoryNonEssentialWithOtherConsent);
+        otherConsent_ = singleCodeOf(otherConsent);
+        if (review_ && review_ == otherConsent_) problem(*otherConsent, "the code for review, which comes first");
         essential_ = codesOf(member(*lists, Schema::kCategoryEssential));
         nonEssential_ = codesOf(member(*lists, Schema::kCategoryNonEssential));
-        for (const std::string& name : lists->value.getMemberNames()) {
-            const auto category = Schema::getEventCategoryEnum(name);
-            if (category == IEventSchemaHandler::EventCategory::Invalid ||
-                category == IEventSchemaHandler::EventCategory::Uncategorized) {
-                problem(*optionalMember(*lists, name.c_str()), "no category that has codes; ignored");
-            }
-        }
     }
 
     void checkEntry(const Node& entry) {
         if (!isObject(entry)) return;
-        const std::optional<Node> identifier = optionalMember(entry, Schema::kJsonKeyIdentifier);
-        if (!identifier || !identifier->value.isString()) {
-            return problem(identifier.value_or(entry), "expected a text as the identifier; the entry is passed over");
-        }
+        checkNames(entry,
+                   {Schema::kJsonKeyIdentifier, Schema::kJsonKeyCategories, Schema::kJsonKeyExtraDataCategories});
+        const std::optional<Node> identifier = member(entry, Schema::kJsonKeyIdentifier);
+        if (!identifier) return;
+        if (!identifier->value.isString()) return problem(*identifier, "expected a text; the entry is passed over");
         const std::string text = identifier->value.asString();
         const auto [first, isNew] = places_.try_emplace(text, identifier->path);
-        if (!isNew) problem(*identifier, "the same as " + first->second + ", of which it takes the place");
-        if (hasSalt_ && !isHash(text)) problem(*identifier, kNoHash);
+        if (!isNew) problem(*identifier, "the same as " + first->second);
+        if (!isHash(identifier->value)) problem(*identifier, kNoHash);
         checkCategory(entry);
         checkPurpose(entry);
     }
@@ -202,17 +207,16 @@ private:
     void checkPurpose(const Node& entry) {
         const std::optional<Node> extra = optionalMember(entry, Schema::kJsonKeyExtraDataCategories);
         if (!extra || !isObject(*extra)) return;
-        const std::optional<Node> purposes = optionalMember(*extra, Schema::kJsonKeyGranular);
-        forEach(purposes, [&](const Node& purpose) {
-            const bool isText = purpose.value.isString();
-            if (!isText || (hasSalt_ && !isHash(purpose.value.asString()))) problem(purpose, kNoHash);
+        checkNames(*extra, {Schema::kJsonKeyGranular});
+        forEach(optionalMember(*extra, Schema::kJsonKeyGranular), [&](const Node& purpose) {
+            if (!isHash(purpose.value)) problem(purpose, kNoHash);
         });
     }
 
     std::vector<size_t> newlines_;  // offsets in the document
     SchemaReport report_;
-    const EventSchemaHandler rules_{nullptr};  // to be asked for rules only, which need no store
-    bool hasSalt_ = false;
+    StoreFile nothing_{std::nullopt};
+    const EventSchemaHandler rules_{std::make_shared<StoredKeyValues>(nothing_)};
     std::optional<int32_t> review_, otherConsent_;
     Codes essential_, nonEssential_;
     std::unordered_map<std::string, std::string> places_;  // of identifiers
@@ -223,7 +227,7 @@ private:
 
 SchemaReport checkSchema(const std::string& text) {
     Json::Value document;
-    if (const auto fault = StrictJson().parse(text, document)) return {{{fault->line, fault->text, true}}, {}};
+    if (const auto fault = StrictJson().parse(text, document)) return {{{fault->line, fault->text}}, {}};
     return SchemaChecker(text).check(document);
 }
 

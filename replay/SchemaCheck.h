@@ -10,13 +10,13 @@ namespace Velo::OS::Telemetry::replay {
 
 /// What a device would make of an event schema.
 struct SchemaReport {
-    struct Finding {
+    /// Something that would be dropped or misread.
+    struct Problem {
         size_t line;  // of the document, counted from 1
         std::string text;
-        bool isProblem;  // something would be dropped or misread; else it is missing and counts as empty
     };
 
-    std::vector<Finding> findings;  // in the order of their lines
+    std::vector<Problem> problems;  // in the order of their lines
     std::vector<std::pair<std::string, uint64_t>> entriesByCategory;
 };
 

@@ -29,7 +29,8 @@ std::string describe(EventSchemaHandler& schema, const std::string& name) {
         return "  " + std::string(title) + std::string(24 - std::strlen(title), ' ') + value + "\n";
     };
     const auto isKeptWith = [&](Consent consent) { return isKept(category, consent) ? "yes" : "no"; };
-    return escaped(name) + "\n" + row("hash", schema.getHashedEventName(name)) +
+    const std::string hash = schema.getHashedEventName(name);
+    return escaped(name) + "\n" + row("hash", hash == name ? "none, for want of a salt" : hash) +
            row("category", EventSchemaHandler::getEventCategoryStr(category)) +
            row("only purpose", onlyPurposeOf(schema, name)) + row("kept with consent", isKeptWith({true, true})) +
            row("kept without consent", isKeptWith({false, false}));
@@ -56,14 +57,11 @@ ExitStatus checkSchemaCommand(const std::string& file) {
     return run(console, [&](OutputFile& output) {
         InputFile input(file);
         const SchemaReport report = checkSchema(readSchema(input));
-        uint64_t problems = 0;
-        for (const SchemaReport::Finding& finding : report.findings) {
-            const LinePlace place{input.name(), finding.line};
-            finding.isProblem ? console.error(place, finding.text) : console.warning(place, finding.text);
-            if (finding.isProblem) ++problems;
+        for (const SchemaReport::Problem& problem : report.problems) {
+            console.error({input.name(), problem.line}, problem.text);
         }
-        output.write(toTable(report.entriesByCategory) + toTable({{"problems", problems}}));
-        return problems == 0 ? ExitStatus::Success : ExitStatus::BadInput;
+        output.write(toTable(report.entriesByCategory) + toTable({{"problems", report.problems.size()}}));
+        return report.problems.empty() ? ExitStatus::Success : ExitStatus::BadInput;
     });
 }
 

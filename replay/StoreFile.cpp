@@ -75,7 +75,7 @@ std::optional<int64_t> StoreFile::Statement::run() {
 std::vector<std::string> StoreFile::Statement::texts() {
     std::vector<std::string> texts;
     eachRow([&](sqlite3_stmt* row) {
-        const auto* bytes = static_cast<const char*>(sqlite3_column_blob(row, 0));
+        const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(row, 0));
         texts.emplace_back(bytes ? bytes : "", static_cast<size_t>(sqlite3_column_bytes(row, 0)));
     });
     return texts;

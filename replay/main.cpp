@@ -41,7 +41,8 @@ decision rested on. The file can be fed back in, but for lines that are now too 
   pathway.in_verification  format, which no event may have while it is verified
   checkpoint.account       uid and user whose account is held
   filter.no_consent        category (not essential), uid and user who has not consented,
-                           identifier (the name if absent)
+                           consent and data_use_consent of that user, identifier (the
+                           name if absent)
   filter.no_data_use_consent  the same, where it is the consent to data use that counts
   filter.needs_review, filter.uncategorized, filter.invalid
                            the same, where none would help
@@ -73,8 +74,8 @@ Device: one JSON object; whatever is absent is unknown to the pipeline.
   checkpointed_uids  [UID]
   filter             {"enabled": bool, "discretionary_packages": [PACKAGE]}; enabled, it
                      keeps the events that the event schema calls essential, those that
-                     it calls non-essential if the user consents, and what these
-                     packages log
+                     it calls non-essential if the user gives the consent that they
+                     need, and what these packages log
   rate_limits        {"default": LIMIT, "identifiers": {IDENTIFIER: LIMIT}}; a LIMIT is
                      {"refill_count": integer, "max_events": integer,
                       "window_seconds": integer}, of which 9000, 9000 and 60 may be
@@ -102,7 +103,7 @@ Examples:
   echo '{"name":"launch","data":{"k":1}}' | telemetry-replay run)";
 
 constexpr char kSchemaDescription[] = "Says what devices make of an event schema.";
-constexpr char kCheckDescription[] = "Names everything in an event schema that would be dropped or misread.";
+constexpr char kCheckDescription[] = "Names what in an event schema would be dropped or misread.";
 constexpr char kLookupDescription[] = "Says how an event schema classifies events.";
 
 constexpr char kSchemaFooter[] = R"(
@@ -118,8 +119,8 @@ Schema: one JSON object.
                             "extra_data_categories": {"granular": [HASH]}}], the hashes
                           of an event's identifier and of a purpose and the identifier
 
-Exit status: 0; 1 if something would be dropped or misread; 2 for a wrong call or a
-file that cannot be used.
+Exit status: 0; 1 if the check finds anything; 2 for a wrong call or a file that
+cannot be used.
 
 Examples:
   telemetry-replay schema check schema.json

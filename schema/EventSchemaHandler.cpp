@@ -7,7 +7,6 @@
 #include <openssl/sha.h>
 
 #include <charconv>
-#include <exception>
 #include <utility>
 
 #include "conversion/CompactJson.h"
@@ -29,7 +28,7 @@ std::optional<Json::Value> parseObject(const std::string& text) {
     Json::Value root;
     try {
         if (!reader->parse(text.data(), text.data() + text.size(), &root, nullptr)) return std::nullopt;
-    } catch (const std::exception&) {
+    } catch (const Json::Exception&) {
         return std::nullopt;  // nested beyond the reader's limit
     }
     return root.isObject() ? std::optional(std::move(root)) : std::nullopt;

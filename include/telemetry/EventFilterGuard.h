@@ -25,8 +25,8 @@ public:
     EventFilterGuard(MonitorEventCallback callback, std::shared_ptr<IEventFilteringManager> filteringManager,
                      std::shared_ptr<IHealthCountersManager> healthCounters);
 
-    /// Throws `Json::LogicError` if the member that is to be the event's uid is no number that an int holds; the event
-    /// is then lost.
+    /// Throws `Json::LogicError` if the member that is to be the event's uid is a text, an array, an object or a number
+    /// beyond an int; the event is then lost.
     EventResult handle(std::unique_ptr<TelemetryEvent> event) override;
 
     /// Returns the same event. Throws as `handle` does.

@@ -11,7 +11,7 @@ public:
     static constexpr char kFilterEventName[] = "filter_event_name";
     static constexpr char kEventCategory[] = "event_category";
     static constexpr char kIsAllowed[] = "is_allowed";
-    static constexpr char kEventSchemaTimestamp[] = "event_schema_timestamp";  // of kept events too
+    static constexpr char kEventSchemaTimestamp[] = "event_schema_timestamp";  // of the events themselves too
     static constexpr char kIsBypassedForDiscretionaryApp[] = "is_bypassed_for_discretionary_app";
     static constexpr char kIsParviAccount[] = "is_parvi_account";
     static constexpr char kDataUseConsent[] = "data_use_consent";

@@ -50,6 +50,7 @@ public:
     bool isEventAllowed(const std::string& identifier, uint32_t uid, const std::string& package, bool consent,
                         bool flag) override {
         called("allowed " + identifier + " " + std::to_string(uid) + " " + package + " " + digits({consent, flag}));
+        ++judged;
         return refused.count(identifier) == 0;
     }
     bool isEventAllowedIfFilterEnabled(const std::string& identifier, bool consent, bool parvi, bool dataUse,
@@ -91,6 +92,7 @@ public:
     bool filters = true, consents = true, allowsIfFiltered = true;
     std::array<bool, 5> facts{};  // bypass, account, data use and both purposes
     uint64_t schemaTimestamp = 0;
+    int judged = 0;  // by the filter, whose lock is to guard it
     bool reportsFail = false;
 
 private:

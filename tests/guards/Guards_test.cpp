@@ -10,6 +10,7 @@
 #include "telemetry/AccountCheckpointGuard.h"
 #include "telemetry/DynamicTelemetryGuard.h"
 #include "telemetry/EventFilterGuard.h"
+#include "telemetry/MonitorEventCache.h"
 #include "telemetry/PathwayGuard.h"
 #include "telemetry/RateLimiterGuard.h"
 #include "telemetry/TelemetryEventBundle.h"
@@ -340,12 +341,15 @@ TEST_F(Guards, AFilteredEventIsMarkedAndEachNewDecisionAudited) {
     for (const auto& [filters, consents, state] : states) {
         services->filters = filters;
         services->consents = consents;
-        for (const bool isAllowed : {true, false}) {
-            services->allowsIfFiltered = !services->allowsIfFiltered;
+        // What counts is what filtering would do, not what is done.
+        for (const bool isAllowed : {true, false, false, true}) {
             services->refused = isAllowed ? std::set<std::string>() : std::set<std::string>{"f"};
             EXPECT_EQ(passes(guard, "f", 7), isAllowed);
             EXPECT_EQ(passed->consentState(), state);
             EXPECT_TRUE(calls().ends_with(auditOf("f", isAllowed, state) + (isAllowed ? "" : drop + "f")));
+            passes(guard, "f", 7);
+            EXPECT_EQ(calls().find("category f"), std::string::npos) << "nothing new";
+            services->allowsIfFiltered = !services->allowsIfFiltered;
         }
         EXPECT_EQ(guard.setConsentState(consents), static_cast<uint32_t>(state));
     }
@@ -357,6 +361,7 @@ TEST_F(Guards, AFilteredEventIsMarkedAndEachNewDecisionAudited) {
     services->refused = {};
     EXPECT_TRUE(passes(guard, audit, 7));
     EXPECT_EQ(passed->getJsonString(), R"({"realtime":false})");
+    EXPECT_TRUE(MonitorEventCache::checkAndSetFilterDecisionCache(7, audit, true)) << "recorded all the same";
 }
 
 TEST_F(Guards, SystemEventsAreThoseOfTheAppThatCausedThem) {
@@ -395,6 +400,8 @@ TEST_F(Guards, SystemEventsAreThoseOfTheAppThatCausedThem) {
         EXPECT_EQ(passed->uid(), *uid) << name << data;
         EXPECT_EQ(services->take().front(), "consent " + std::to_string(*uid));
     }
+    auto bundled = std::make_unique<TelemetryEventBundle>("e", 7U, true, fakes::bundleOf(R"({"realtime":true})"));
+    EXPECT_EQ(guard.setOriginalUid("e", std::move(bundled))->size(), 1U) << "its bundle has become JSON";
 }
 
 struct VerifyingPathwayGuard : PathwayGuard {
@@ -442,6 +449,7 @@ TEST_F(Guards, CountersAddUpWhenThreadsShareAProcessor) {
     }
     EXPECT_EQ(counted("count guard_dynamic_telemetry_dropped 1 of unwanted"), 100);
     EXPECT_EQ(kept, 200);
+    EXPECT_EQ(services->judged, 2400);
 }
 
 }  // namespace Velo::OS::Telemetry

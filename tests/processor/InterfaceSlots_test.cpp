@@ -28,6 +28,7 @@
 #include "telemetry/TelemetryStateGuard.h"
 #include "telemetry/TimestampApplier.h"
 #include "tests/fakes/FakeGuardServices.h"
+#include "tests/fakes/FakeStorageCache.h"
 #include "tests/fakes/FakeTelemetrySettings.h"
 
 // Services were compiled against these positions and sizes.
@@ -208,6 +209,13 @@ TEST(InterfaceSlots, MembersStandInOrder) {
     EXPECT_EQ(valueAt<IHealthCountersManager*>(&checkpoint, kSecond), counters);
     EXPECT_EQ(valueAt<IHealthCountersManager*>(&filter, kSecond), counters);
     EXPECT_EQ(reinterpret_cast<const char*>(&checkpoint.name_), reinterpret_cast<const char*>(&checkpoint) + 8);
+
+    const auto cache = std::make_shared<fakes::FakeStorageCache>();
+    cache->values[{Store::EventSchema, "event_schema", "timestamp"}] = "1790000000000";
+    EventSchemaHandler schema(cache);
+    EXPECT_EQ(schema.getEventSchemaTimestamp(), 1'790'000'000'000U);
+    constexpr size_t kSalt = sizeof(void*) + 2 * sizeof(KeyValueDispatch) + sizeof(std::unordered_map<int, int>);
+    EXPECT_EQ(valueAt<uint64_t>(&schema, kSalt + sizeof(std::optional<std::string>)), 1'790'000'000'000U);
 
     static_assert(sizeof(EventResult) == 24);
     EventResult result;

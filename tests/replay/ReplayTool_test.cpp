@@ -73,18 +73,20 @@ protected:
         for (size_t at = 0; (at = text.find(",}")) != std::string::npos;) text.erase(at, 1);
         return text;
     }
-    /// Of event names, each with its code: 1 is essential, 2 not, 3 needs another consent, 4 review; others are
-    /// unknown.
+    /// Of event names, each with its code: 1 is essential, 2 serves to personalize, 3 needs another consent, 4 review;
+    /// others are unknown.
     static std::string schemaOf(const std::vector<std::pair<const char*, int>>& events) {
         const auto salted = std::make_shared<fakes::FakeStorageCache>();
         salted->values[{Store::EventSchema, "event_schema", "salt"}] = "s";
         EventSchemaHandler hashes(salted);
         Json::Value schema = fakes::parsed(R"({"timestamp":5,"salt":"s","settings_to_categories":{"ESSENTIAL":[1],
-            "NON_ESSENTIAL":[2],"NON_ESSENTIAL_WITH_OTHER_CONSENT":[3],"NEEDS_REVIEW":[4]}})");
+            "NON_ESSENTIAL":[2],"NON_ESSENTIAL_WITH_OTHER_CONSENT":[3],"NEEDS_REVIEW":[4]},"allowed_campaigns":[]})");
         for (const auto& [name, code] : events) {
             Json::Value& entry = schema["allowed_events"].append({});
             entry["identifier"] = hashes.getHashedEventName(name);
             entry["categories"].append(code);
+            if (code != 2) continue;
+            entry["extra_data_categories"]["granular"].append(hashes.getHashedEventPurpose(name, "Personalization"));
         }
         return fakes::text(schema);
     }
@@ -463,6 +465,14 @@ TEST_F(ReplayTool, SaysWhyAnEventIsDropped) {
                   R"("uid":1000})"
                   "\n");
     EXPECT_TRUE(read("err").starts_with(summary(19, 21, 26, 14, 0, in.size()))) << read("err");
+    EXPECT_NE(
+        read("reports").find(
+            R"("consent_state":32,"data_use_consent":false,"event_category":"NON_ESSENTIAL_WITH_OTHER_CONSENT",)"
+            R"("event_schema_timestamp":5,"filter_event_name":"other","is_ads_personalization_purpose_only":false,)"
+            R"("is_allowed":false,"is_allowed_if_filter_enabled":false,"is_bypassed_for_discretionary_app":false,)"
+            R"("is_developer":false,"is_filter_enabled":true,"is_parvi_account":true,)"
+            R"("is_personalization_purpose_only":false,"user_consent":true,)"),
+        std::string::npos);
 
     EXPECT_NE(read("err").find("dropped by\n  telemetry_state_guard                           1\n"
                                "  pathway_guard                                   2\n"
@@ -478,6 +488,8 @@ TEST_F(ReplayTool, SaysWhyAnEventIsDropped) {
 
     // Fed back in, they are dropped for the same reasons.
     const std::string normalize = "sed -Ei '/filtering_audit/d; s/in:[0-9]+/in/' ";
+    EXPECT_EQ(sh("$TOOL run --device device /dev/null"), 0);
+    EXPECT_TRUE(read("err").starts_with("warning: no event schema: all events are UNCATEGORIZED\n"));
     EXPECT_EQ(sh("sed 1d drops >in; " + normalize + "in; " + run + "out in && " + normalize + "drops && cmp in drops"),
               0);
 }
@@ -501,69 +513,75 @@ TEST_F(ReplayTool, AKilledProcessLeavesAWholeSchema) {
         EventSchemaHandler handler(std::make_shared<FatalKeyValues>(file, writes));
         persistSchema(schema, "schema", handler, file);
     };
+    // The categories of three events, "p" where one serves to personalize.
     const auto contents = [&] {
         StoreFile file(folder_ / "s");
-        return StoreFile::Statement(file, "SELECT store || ' ' || key || ' ' || value FROM key_values").texts();
+        EventSchemaHandler handler(std::make_shared<StoredKeyValues>(file));
+        std::string text = StoreFile::Statement(file, "PRAGMA journal_mode").texts().at(0);
+        for (const char* name : {"a", "b", "c"}) {
+            text += " " + std::to_string(static_cast<int>(handler.getEventCategory(name)));
+            if (handler.isPersonalizationPurposeOnly(name)) text += "p";
+        }
+        return text;
     };
     persist(schemaOf({{"a", 1}, {"b", 2}}), -1);
-    const auto before = contents();
-    ASSERT_EQ(before.size(), 4U);
+    ASSERT_EQ(contents(), "wal 0 1p 3");
     int writes = 0;
     for (int status = 1; status != 0; ++writes) {
         const pid_t child = ::fork();
         if (child == 0) {
-            persist(schemaOf({{"a", 2}, {"b", 1}, {"c", 1}}), writes);
+            persist(schemaOf({{"a", 4}, {"b", 3}, {"c", 2}}), writes);
             ::_exit(0);
         }
         ASSERT_EQ(::waitpid(child, &status, 0), child);
-        EXPECT_TRUE(status == 0 || contents() == before) << writes;
+        EXPECT_EQ(contents(), status == 0 ? "wal 2 5p 1p" : "wal 0 1p 3") << writes << " writes";
     }
-    EXPECT_EQ(writes, 6) << "two keys, three entries, and then nothing to die of";
-    EXPECT_EQ(contents().size(), 5U);
+    EXPECT_EQ(writes, 7) << "two keys, three entries and a purpose, and then nothing to die of";
 }
 
 TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
     const std::string a = R"({"identifier":")" + std::string(64, 'a') + '"', settings = "settings_to_categories.";
-    const std::string array = "expected an array; taken as empty", missing = "missing; taken as empty";
-    const std::string integer = "expected a signed 32-bit integer; passed over";
+    const std::string array = "expected an array; taken as empty", hash = "expected 64 lower-case hexadecimal digits";
+    const std::string integer = "expected a signed 32-bit integer; passed over", other = "unknown member; ignored";
     const std::string timestamp = "timestamp: expected an unsigned 64-bit integer; reads back as 0";
-    const std::string unhashed = "salt: expected a text that is not empty; names are looked up unhashed";
     const std::string unknown = "neither ESSENTIAL nor NON_ESSENTIAL, which makes the entry INVALID";
-    const std::string hash = "expected 64 lower-case hexadecimal digits; no name has this hash";
     using Lines = std::vector<std::pair<std::string, std::vector<std::string>>>;  // and what is said of each
     const Lines schemas[] = {
-        {{R"({"timestamp": "1741759200000", "salt": 5, "settings_to_categories": {)", {timestamp, unhashed}},
+        {{R"({"timestamp": "1741759200000", "salt": 5, "settings_to_categories": {)",
+          {timestamp, "salt: expected a text that is not empty"}},
          {R"("ESSENTIAL": [1, "2"], "NON_ESSENTIAL": 3,)",
           {settings + "ESSENTIAL[1]: " + integer, settings + "NON_ESSENTIAL: " + array}},
          {R"("NEEDS_REVIEW": [4, 5], "NON_ESSENTIAL_WITH_OTHER_CONSENT": [7],)",
           {settings + "NEEDS_REVIEW: expected exactly one signed 32-bit integer; taken as empty"}},
-         {R"("ESSENTAIL": [6]}, "allowed_events": [)", {settings + "ESSENTAIL: no category that has codes; ignored"}},
+         {R"("INVALID": [6]}, "allowed_evnts": [], "allowed_events": [)",
+          {"allowed_evnts: " + other, settings + "INVALID: " + other}},
          {a + R"(, "categories": [1]},)", {}},
          {a + R"(, "categories": [4294967296, 8, 1, 7], "extra_data_categories": []},)",
-          {"allowed_events[1].identifier: the same as allowed_events[0].identifier, of which it takes the place",
+          {"allowed_events[1].identifier: the same as allowed_events[0].identifier",
            "allowed_events[1].categories[0]: " + integer, "allowed_events[1].categories[1]: " + unknown,
            "allowed_events[1].categories[3]: " + unknown,
            "allowed_events[1].extra_data_categories: expected an object; taken as missing"}},
-         {R"({"identifier": "e", "categories": {}, "extra_data_categories": {"granular": {}}},)",
-          {"allowed_events[2].categories: " + array, "allowed_events[2].extra_data_categories.granular: " + array}},
-         {R"({"identifier": 5}, [], {"identifier": "f", "extra_data_categories": {"granular": ["p", 1]}}],)",
-          {"allowed_events[3].identifier: expected a text as the identifier; the entry is passed over",
-           "allowed_events[4]: expected an object; taken as missing",
-           "warning: allowed_events[5].categories: " + missing,
-           "allowed_events[5].extra_data_categories.granular[1]: " + hash}},
+         {R"({"identifier": "salt", "category": {}, "extra_data_categories": {"granular": {}, "g\u0000": 1}},)",
+          {"allowed_events[2].category: " + other, "allowed_events[2].identifier: " + hash,
+           "allowed_events[2].categories: missing", "allowed_events[2].extra_data_categories.g\\u0000: " + other,
+           "allowed_events[2].extra_data_categories.granular: " + array}},
+         {R"({"identifier": 5}, [], {"categories": {}}],)",
+          {"allowed_events[3].identifier: expected a text; the entry is passed over",
+           "allowed_events[4]: expected an object; taken as missing", "allowed_events[5].identifier: missing"}},
          {R"("allowed_campaigns": {}})", {"allowed_campaigns: " + array}}},
-        {{R"({"timestamp": -1, "salt": "s", "settings_to_categories": {"NEEDS_REVIEW": [1]},)",
-          {timestamp, "warning: " + settings + "NON_ESSENTIAL_WITH_OTHER_CONSENT: " + missing,
-           "warning: " + settings + "ESSENTIAL: " + missing, "warning: " + settings + "NON_ESSENTIAL: " + missing,
-           "warning: allowed_events: " + missing}},
-         {R"("allowed_campaigns": [{"identifier": "E", "categories": [1, 2],)",
+        {{R"({"timestamp": 1.0, "salt": "", "settings_to_categories": {"NEEDS_REVIEW": [1],)",
+          {timestamp, "salt: expected a text that is not empty", "allowed_events: missing"}},
+         {R"("NON_ESSENTIAL_WITH_OTHER_CONSENT": [1], "ESSENTIAL": [], "NON_ESSENTIAL": [2]}, "allowed_campaigns": [)",
+          {settings + "NON_ESSENTIAL_WITH_OTHER_CONSENT: the code for review, which comes first"}},
+         {R"({"identifier": ")" + std::string(64, 'A') + R"(", "categories": [1, 2],)",
           {"allowed_campaigns[0].identifier: " + hash,
            "allowed_campaigns[0].categories: a review code among others makes the entry INVALID"}},
-         {R"("extra_data_categories": {"granular": ["p"]}}]})",
-          {"allowed_campaigns[0].extra_data_categories.granular[0]: " + hash}}},
-        {{R"({"settings_to_categories": 1, "allowed_events": [], "allowed_campaigns": [],)",
-          {"timestamp: missing; reads back as 0", "settings_to_categories: expected an object; taken as missing"}},
-         {R"("salt": ""})", {unhashed}}},
+         {R"("extra_data_categories": {"granular": ["p"]}},)",
+          {"allowed_campaigns[0].extra_data_categories.granular[0]: " + hash}},
+         {R"({"identifier": ")" + std::string(63, 'a') + R"(", "categories": [3, 2]}]})",
+          {"allowed_campaigns[1].identifier: " + hash, "allowed_campaigns[1].categories[0]: " + unknown}}},
+        {{"{", {"timestamp: missing", "salt: missing", "allowed_events: missing", "allowed_campaigns: missing"}},
+         {R"("settings_to_categories": 1})", {"settings_to_categories: expected an object; taken as missing"}}},
         {{"", {}}, {"5", {"expected an object"}}},
         {{"[1", {}}, {"", {"not JSON: column 1: Missing ',' or ']' in array declaration"}}},
     };
@@ -579,28 +597,33 @@ TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
         EXPECT_EQ(sh("$TOOL schema check schema >>out"), 1);
         EXPECT_EQ(read("err"), expected);
     }
-    EXPECT_NE(read("out").find("UNCATEGORIZED                                     2\n"
+    EXPECT_NE(read("out").find("UNCATEGORIZED                                     1\n"
                                "INVALID                                           1\n"
-                               "problems                                         17\nESSENTIAL "),
+                               "problems                                         21\nESSENTIAL "),
               std::string::npos);
 
-    write("schema", schemaOf({{"extra", 2}}));
-    EXPECT_EQ(sh("$TOOL schema check - <schema >out && $TOOL schema lookup schema extra \"$(printf 'n\\033')\" >out"),
+    write("schema", schemaOf({{"extra", 2}, {"other", 3}}));
+    EXPECT_EQ(sh("$TOOL schema check - <schema >out && $TOOL schema lookup schema extra other \"$(printf 'n\\033')\" "
+                 ">out && echo {} | $TOOL schema lookup - e >>out"),
               0);
-    EXPECT_EQ(read("err"), "<stdin>:1: warning: allowed_campaigns: " + missing + "\n");
-    EXPECT_EQ(read("out"),
-              "extra\n"
-              "  hash                    8048b69bd5b33a4e38a834d272665d1c42c1929ee9614b25eb02111175946c2b\n"
-              "  category                NON_ESSENTIAL\n"
-              "  only purpose            none\n"
-              "  kept with consent       yes\n"
-              "  kept without consent    no\n"
-              "n\\u001b\n"
-              "  hash                    8859b8645d15eb6bace16fc0fe4827f834487aec5122b2f8af738f7f801d63f1\n"
-              "  category                UNCATEGORIZED\n"
-              "  only purpose            none\n"
-              "  kept with consent       no\n"
-              "  kept without consent    no\n");
+    EXPECT_EQ(read("err"), "error: Invalid salt, don't hash event name.\n");
+    const auto kept = [](const char* consented) {
+        return std::string("\n  kept with consent       ") + consented + "\n  kept without consent    no\n";
+    };
+    EXPECT_EQ(
+        read("out"),
+        "extra\n  hash                    8048b69bd5b33a4e38a834d272665d1c42c1929ee9614b25eb02111175946c2b\n"
+        "  category                NON_ESSENTIAL\n  only purpose            Personalization" +
+            kept("yes") +
+            "other\n  hash                    01db91d06032cc64162c16f8e35725b0e632beebdde8b2c2459979d04fb1e20c\n"
+            "  category                NON_ESSENTIAL_WITH_OTHER_CONSENT\n  only purpose            none" +
+            kept("yes") +
+            "n\\u001b\n  hash                    8859b8645d15eb6bace16fc0fe4827f834487aec5122b2f8af738f7f801d63f1\n"
+            "  category                UNCATEGORIZED\n  only purpose            none" +
+            kept("no") +
+            "e\n  hash                    none, for want of a salt\n"
+            "  category                UNCATEGORIZED\n  only purpose            none" +
+            kept("no"));
 }
 
 TEST_F(ReplayTool, ReportsThatBegetReportsComeToAnEnd) {

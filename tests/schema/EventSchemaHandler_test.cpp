@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
 #include <tuple>
 
+#include "telemetry/MonitorEventCache.h"
 #include "tests/fakes/FakeStorageCache.h"
 #include "tests/fakes/LogCapture.h"
 
@@ -130,8 +132,8 @@ TEST_F(Schema, ASchemaIsStoredAsFarAsItHasTheRightShape) {
         return R"("settings_to_categories":{)" + lists + R"(},"allowed_events":[{"identifier":"e","categories":[1]}])";
     };
     const std::string many = R"("salt":"c","settings_to_categories":{"ESSENTIAL":[1,4],"NON_ESSENTIAL":[2],
-        "NEEDS_REVIEW":[3],"NON_ESSENTIAL_WITH_OTHER_CONSENT":[5]},"allowed_events":[{"identifier":"w","categories":[4]},
-        {"identifier":"x","categories":[2],"extra_data_categories":{"granular":["p","q"]}},{"identifier":"z"}],
+        "NEEDS_REVIEW":[3],"NON_ESSENTIAL_WITH_OTHER_CONSENT":[5]},"allowed_events":[{"identifier":"w","categories":[4],"extra_data_categories":{"granular":["p","q"]}},
+        {"identifier":"x","categories":[2]},{"identifier":"z"}],
         "allowed_campaigns":[{"identifier":"x","categories":[5],"extra_data_categories":{"granular":["p"]}},
         {"identifier":"y","categories":[3],"extra_data_categories":{"granular":[]}}])";
     const std::tuple<std::string, const char*, Lines> cases[] = {
@@ -147,7 +149,7 @@ TEST_F(Schema, ASchemaIsStoredAsFarAsItHasTheRightShape) {
         {R"("settings_to_categories":[],"salt":{},"allowed_campaigns":[{"identifier":"e","categories":[1]}])",
          "e=INVALID ",
          {}},
-        {R"("allowed_events":{"identifier":"e"},"allowed_campaigns":5)", "", {}},
+        {R"("allowed_events":{"a":{"identifier":"e"}},"allowed_campaigns":5)", "", {}},
         {R"("allowed_events":[[],5,"e",null,{},{"identifier":null},{"identifier":5}])", "", {}},
         {R"("allowed_events":[{"identifier":"e","categories":{"a":1},"extra_data_categories":[]}])",
          "e=UNCATEGORIZED ",
@@ -213,6 +215,23 @@ TEST_F(Schema, AnswersAreKeptUntilTheNextSchemaArrives) {
         EXPECT_EQ(handler.getHashedString("ab"), "ab");
         log.take();
     }
+}
+
+TEST_F(Schema, AnswersManyThreads) {
+    const auto ask = [&] {
+        for (int i = 0; i < 2000; ++i) {
+            const std::string name = std::to_string(i % 100);
+            EXPECT_TRUE(i % 50 != 0 || handler.persistEventSchema(R"({"salt":"s","timestamp":5})"));
+            handler.overrideEventCategory(name, Category::NeedsReview);
+            handler.getEventCategory(name);
+            EXPECT_FALSE(handler.isPersonalizationPurposeOnly(name) || handler.isAdsPersonalizationPurposeOnly(name));
+            EXPECT_EQ(handler.getEventSchemaTimestamp(), 5U);
+            MonitorEventCache::checkAndSetFilterDecisionCache(7, name, true);
+        }
+    };
+    std::thread other(ask);
+    ask();
+    other.join();
 }
 
 }  // namespace Velo::OS::Telemetry
