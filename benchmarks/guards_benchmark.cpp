@@ -121,10 +121,10 @@ void floorOfFilter(benchmark::State& state) {
 void eventFilter(benchmark::State& state) {
     replay::Device device;
     device.filter.enabled = true;
-    device.filter.discretionaryPackages = {sampleData()["utl_logging_package"].asString()};
     const auto storage = std::make_shared<MemoryStorage>();
     const auto schema = std::make_shared<EventSchemaHandler>(storage);
     schema->persistEventSchema(R"({"timestamp":1741759200000,"salt":"s"})");
+    schema->overrideEventCategory("event", IEventSchemaHandler::EventCategory::Essential);
     const auto filter =
         std::make_shared<replay::ConsentFilter>(std::make_shared<replay::DeviceServices>(device), schema);
     EventFilterGuard guard([](const auto&...) {}, filter, counters);

@@ -10,8 +10,9 @@ std::string readText(InputFile& file, size_t maxBytes) {
     char part[65536];
     while (const size_t count = file.read(part, sizeof(part))) {
         text.append(part, count);
-        if (text.size() > maxBytes)
+        if (text.size() > maxBytes) {
             throw FileError(file.name() + ": longer than " + std::to_string(maxBytes) + " bytes");
+        }
     }
     if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
     return text;

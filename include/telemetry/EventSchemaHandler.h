@@ -56,8 +56,9 @@ public:
     explicit EventSchemaHandler(std::shared_ptr<StorageCache> storageCache);
 
     /// False, and nothing is stored, if the text is no JSON object; what is kept in memory is forgotten all the same. A
-    /// member of the wrong shape counts as missing, a code that is no integer and an entry whose identifier is no text
-    /// are passed over, and the rest is stored. Whether the stores take it is not looked at.
+    /// member of the wrong shape counts as missing (a salt or a purpose that is a number or a truth value is taken as
+    /// its text), a code that is no integer and an entry whose identifier is no text are passed over, and the rest is
+    /// stored. Whether the stores take it is not looked at.
     bool persistEventSchema(const std::string& schema) override;
     /// `Uncategorized` if the schema does not have the event.
     EventCategory getEventCategory(const std::string& eventName) override;

@@ -46,7 +46,7 @@ public:
 
     bool isFilterEnabled() override { return called("filters?"), filters; }
     bool hasUserConsent(uint32_t uid) override { return called("consent " + std::to_string(uid)), consents; }
-    std::shared_ptr<IDiscretionaryAppBypass> getDiscretionaryAppBypass() override { return lent<FakeGuardServices>(); }
+    std::shared_ptr<IDiscretionaryAppBypass> getDiscretionaryAppBypass() override { return lent(); }
     bool isEventAllowed(const std::string& identifier, uint32_t uid, const std::string& package, bool consent,
                         bool flag) override {
         called("allowed " + identifier + " " + std::to_string(uid) + " " + package + " " + digits({consent, flag}));
@@ -57,8 +57,8 @@ public:
                                        bool flag) override {
         return called("if filtered " + identifier + " " + digits({consent, parvi, dataUse, flag})), allowsIfFiltered;
     }
-    std::shared_ptr<IEventSchemaHandler> getEventSchemaHandler() override { return lent<FakeGuardServices>(); }
-    std::shared_ptr<IUserAccountState> getUserAccountState() override { return lent<FakeGuardServices>(); }
+    std::shared_ptr<IEventSchemaHandler> getEventSchemaHandler() override { return lent(); }
+    std::shared_ptr<IUserAccountState> getUserAccountState() override { return lent(); }
     bool isBypassedForDiscretionaryApp(const std::string& package, uint32_t uid) override {
         return called("bypassed " + package + " " + std::to_string(uid)), facts[0];
     }
@@ -96,10 +96,7 @@ public:
     bool reportsFail = false;
 
 private:
-    template <typename T>
-    std::shared_ptr<T> lent() {
-        return {std::shared_ptr<void>(), this};
-    }
+    std::shared_ptr<FakeGuardServices> lent() { return {std::shared_ptr<void>(), this}; }
     static std::string digits(std::initializer_list<bool> values) {
         std::string text;
         for (const bool value : values) text += value ? '1' : '0';
