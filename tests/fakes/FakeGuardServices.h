@@ -16,7 +16,14 @@
 
 namespace Velo::OS::Telemetry::fakes {
 
-/// Everything that guards ask and tell. Answers from its members and keeps what it is asked and told, in order.
+/// A report with these members as the callback keeps it, sent 4 s after boot and 5 s of sleep.
+inline std::string report(uint32_t uid, const std::string& name, const std::string& members) {
+    return std::to_string(uid) + " {\"" + name + "\":{" + members +
+           ",\"utl_realtime_ms\":9000,\"utl_uptime_ms\":4000}}";
+}
+
+/// Everything that guards and monitors ask and tell. Answers from its members and keeps what it is asked and told, in
+/// order.
 class FakeGuardServices : public FakeManagers,
                           public IRateLimiterConfigManager,
                           public IAccountCheckpointManager,

@@ -24,16 +24,10 @@
 namespace Velo::OS::Telemetry {
 
 using Lines = std::vector<std::string>;
-using fakes::clocksNs, fakes::kBoot, fakes::kMonotonic;
+using fakes::clocksNs, fakes::kBoot, fakes::kMonotonic, fakes::report;
 
 constexpr int64_t kSecond = 1'000'000'000;  // in ns
 constexpr int64_t kMin = std::numeric_limits<int64_t>::min(), kMax = std::numeric_limits<int64_t>::max();
-
-/// A report with these members as the callback keeps it.
-std::string report(uint32_t uid, const std::string& name, const std::string& members) {
-    return std::to_string(uid) + " {\"" + name + "\":{" + members +
-           ",\"utl_realtime_ms\":9000,\"utl_uptime_ms\":4000}}";
-}
 
 class Guards : public testing::Test {
 protected:

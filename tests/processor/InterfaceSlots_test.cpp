@@ -15,6 +15,7 @@
 #include "telemetry/IEventTracingManager.h"
 #include "telemetry/IHealthCountersManager.h"
 #include "telemetry/IdentityApplier.h"
+#include "telemetry/IntakeMonitor.h"
 #include "telemetry/KeyValueDispatch.h"
 #include "telemetry/OSUtilsDeviceIdApplier.h"
 #include "telemetry/PackageInfoApplier.h"
@@ -22,11 +23,13 @@
 #include "telemetry/RateLimiterGuard.h"
 #include "telemetry/SequenceNumberApplier.h"
 #include "telemetry/SessionsApplier.h"
+#include "telemetry/SizeLimiterMonitor.h"
 #include "telemetry/SystemPropertyApplier.h"
 #include "telemetry/TelemetryEventBundle.h"
 #include "telemetry/TelemetryEventProcessorBuilder.h"
 #include "telemetry/TelemetryStateGuard.h"
 #include "telemetry/TimestampApplier.h"
+#include "telemetry/VerificationMonitor.h"
 #include "tests/fakes/FakeGuardServices.h"
 #include "tests/fakes/FakeStorageCache.h"
 #include "tests/fakes/FakeTelemetrySettings.h"
@@ -98,6 +101,9 @@ TEST(InterfaceSlots, OperationsStandWhereTheyAreCalled) {
                 &H::getEventSchemaTimestamp, &H::isPersonalizationPurposeOnly, &H::isAdsPersonalizationPurposeOnly),
         (Entries{1, 2, 3, 4, 5, 6, 7}));
     EXPECT_EQ(entries(&PathwayGuard::isEventInVerification, &TelemetryStateGuard::getSettings), (Entries{4, 4}));
+    EXPECT_EQ(entries(&IntakeMonitor::isGkEnabled, &VerificationMonitor::isEventInVerification,
+                      &VerificationMonitor::isVerboseEnabled),
+              (Entries{4, 4, 5}));
 
     using E = TelemetryEvent;
     const Entries event =
@@ -153,6 +159,8 @@ static_assert(kGuardHolds<PathwayGuard, Shared> && kGuardHolds<TelemetryStateGua
               kGuardHolds<DynamicTelemetryGuard, Shared, Shared, std::mutex> &&
               kGuardHolds<AccountCheckpointGuard, Shared, Shared, std::mutex> &&
               kGuardHolds<EventFilterGuard, Shared, Shared, std::mutex>);
+static_assert(kGuardHolds<IntakeMonitor, std::mutex> && kGuardHolds<SizeLimiterMonitor> &&
+              kGuardHolds<VerificationMonitor>);
 static_assert(sizeof(IEventSchemaHandler::EventCategory) == 4 &&
               sizeof(EventSchemaHandler) ==
                   sizeof(void*) + 2 * sizeof(KeyValueDispatch) + 3 * sizeof(std::unordered_map<int, int>) +

@@ -1,0 +1,70 @@
+#include "telemetry/IntakeMonitor.h"
+
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+
+#include "monitors/MonitorEvent.h"
+#include "telemetry/TelemetrySettingsManager.h"
+#include "telemetry/TelemetrySorelconfigs.h"
+
+namespace Velo::OS::Telemetry {
+
+namespace {
+
+constexpr char kAuditEventName[] = "telemetry_event_intake_monitor_audit";
+
+/// Names of events, by the uid that logged them.
+using EventsByUid = std::unordered_map<uint32_t, std::unordered_set<std::string>>;
+
+std::mutex lock_;  // guards both; taken after a monitor's own lock
+EventsByUid reportedJsonBundleEvents;
+EventsByUid reportedOtherEvents;
+
+bool isReported(const EventsByUid& reported, uint32_t uid, const std::string& name) {
+    const std::lock_guard<std::mutex> lock(lock_);
+    const auto names = reported.find(uid);
+    return names != reported.end() && names->second.count(name) > 0;
+}
+
+void setReported(EventsByUid& reported, uint32_t uid, const std::string& name) {
+    const std::lock_guard<std::mutex> lock(lock_);
+    reported[uid].insert(name);
+}
+
+}  // namespace
+
+IntakeMonitor::IntakeMonitor(MonitorEventCallback callback) : IMonitor("intake_monitor", std::move(callback)) {}
+
+std::unique_ptr<TelemetryEvent> IntakeMonitor::monitor(std::unique_ptr<TelemetryEvent> event) {
+    if (!isGkEnabled()) return event;
+
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const uint32_t uid = event->uid();
+    const std::string name = event->name();
+    if (name == kAuditEventName) return event;
+
+    const IntakeFormat format = event->getIntakeFormat();
+    EventsByUid& reported = isFormatJsonBundle(format) ? reportedJsonBundleEvents : reportedOtherEvents;
+    if (isReported(reported, uid, name)) return event;
+
+    MonitorEvent audit;
+    audit.putString("utl_logging_package", event->loggingPackage());
+    audit.putString(kKeyEventName, name);
+    audit.putString(kKeyIntakeFormat, getFormatName(format));
+    // Deliberate: the same text for every format.
+    audit.putString(kKeyProcessingPipeline, "JSON Bundle");
+    audit.putBoolean(kKeyLowLatency, event->priority());
+    audit.send(kAuditEventName, uid, callback_);
+    setReported(reported, uid, name);  // a report that failed is tried again with the next event
+    return event;
+}
+
+bool IntakeMonitor::isGkEnabled() {
+    static const bool isEnabled =
+        TelemetrySettingsManager::instance()->isGkEnabled(TelemetrySorelconfigs::EnableIntakeMonitor);
+    return isEnabled;
+}
+
+}  // namespace Velo::OS::Telemetry
