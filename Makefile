@@ -12,6 +12,9 @@ run: deps $(BUILD)/release/build.ninja
 	@echo "The events as they leave the pipeline: out/day.jsonl"
 	@echo "What was dropped, and why: out/drops.jsonl"
 	@echo "What the pipeline reported: out/monitor-events.jsonl"
+	@echo "The journey of one of the events:"
+	@$(BUILD)/release/replay/telemetry-replay explain samples/day.jsonl --device samples/device.json \
+		--schema samples/schema.json --line 3
 
 test: deps $(BUILD)/dev/build.ninja
 	@cmake --build $(BUILD)/dev

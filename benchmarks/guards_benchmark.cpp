@@ -5,6 +5,7 @@
 
 #include "benchmarks/Allocations.h"
 #include "benchmarks/MemoryStorage.h"
+#include "benchmarks/SampleDevice.h"
 #include "benchmarks/SampleEvent.h"
 #include "platform/settings/HostTelemetrySettings.h"
 #include "replay/ConsentFilter.h"
@@ -21,18 +22,6 @@
 
 namespace Velo::OS::Telemetry::benchmarks {
 namespace {
-
-class NoCounters : public IHealthCountersManager {
-public:
-    void incrementCounter(const std::string& /*counterName*/, int32_t /*amount*/) override {}
-    void incrementEventCounter(const std::string& /*counterName*/, const TelemetryEvent& /*event*/,
-                               int32_t /*amount*/) override {}
-};
-
-class NoLimit : public IRateLimiterConfigManager {
-public:
-    RateLimitConfig getRateLimitConfig(const std::string& /*eventIdentifier*/) override { return {1, 1LL << 62, 60}; }
-};
 
 /// Events whose names, and so their identifiers, are stored in place.
 std::unique_ptr<TelemetryEvent> newEvent(size_t number) {

@@ -40,7 +40,7 @@ uint64_t hashOfUpTo16(const char* bytes, size_t length) {
         const uint64_t last = word64(end - 8);
         return hashOfTwo(word64(bytes), rotated(last + length, length)) ^ last;
     }
-    // The first word is shifted within its 32 bits: here this form differs from the released ones.
+    // The first word is shifted within its 32 bits, which the authors' releases widen before.
     if (length >= 4) return hashOfTwo(length + (word32(bytes) << 3), word32(end - 4));
     if (length == 0) return k2;
     const auto byteAt = [&](size_t i) { return uint32_t{static_cast<unsigned char>(bytes[i])}; };
@@ -90,7 +90,7 @@ uint64_t hashOfMore(const char* bytes, size_t length) {
     Pair v = weakHash(end - 64, length, z);
     Pair w = weakHash(end - 32, y + k1, x);
     x = x * k1 + word64(bytes);
-    // Whole blocks; the last one that the text fills or begins was hashed above.
+    // Whole blocks from the start. The last 64 bytes are in the seeds, so a text that ends with a block leaves it out.
     for (size_t blocks = (length - 1) / 64; blocks > 0; --blocks, bytes += 64) {
         x = rotated(x + y + v.first + word64(bytes + 8), 37) * k1;
         y = rotated(y + v.second + word64(bytes + 48), 42) * k1;

@@ -16,7 +16,7 @@ const std::set<std::string> realtimeKeys = {"\"realtime\""};
 const std::set<std::string> timestampKeys = {"\"realtime\"", "\"utl_realtime_ms\"", "\"utl_uptime_ms\"",
                                              "\"utl_logging_package\""};
 
-std::pair<std::string, uint32_t> textWithout(const std::set<std::string>& excludedKeys, const Fields& fields) {
+std::pair<std::string, uint32_t> textOf(const Fields& fields, const std::set<std::string>& excludedKeys) {
     std::string text;
     uint32_t count = 0;
     for (const auto& [key, value] : fields) {
@@ -41,8 +41,8 @@ std::unique_ptr<TelemetryEvent> VerificationMonitor::monitor(std::unique_ptr<Tel
 
     Fields fields;
     convertObjectToMap(event->getJsonValue(), fields);
-    const auto [withTimestamp, allCount] = textWithout(realtimeKeys, fields);
-    const auto [withoutTimestamp, count] = textWithout(timestampKeys, fields);
+    const std::string withTimestamp = textOf(fields, realtimeKeys).first;
+    const auto [withoutTimestamp, count] = textOf(fields, timestampKeys);
     const int64_t createdMs = event->clientCreatedTime();
 
     MonitorEvent fingerprints;
@@ -69,7 +69,7 @@ std::pair<std::string, uint32_t> VerificationMonitor::sortEventFields(
     Json::Value data, std::set<std::string> excludedKeys) {
     Fields fields;
     convertObjectToMap(data, fields);
-    return textWithout(excludedKeys, fields);
+    return textOf(fields, excludedKeys);
 }
 
 void VerificationMonitor::convertObjectToMap(const Json::Value& object, std::map<std::string, std::string>& fields) {

@@ -72,7 +72,7 @@ std::string toTable(const Console::Rows& rows, const std::string& indent) {
     std::string text;
     for (const auto& [name, value] : rows) {
         char row[128];
-        std::snprintf(row, sizeof(row), "%-38s %12llu\n", (indent + name).c_str(),
+        std::snprintf(row, sizeof(row), "%-39s %11llu\n", (indent + name).c_str(),
                       static_cast<unsigned long long>(value));
         text += row;
     }

@@ -9,8 +9,10 @@
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "telemetry/AppOverrideManager.h"
+#include "telemetry/IDynamicTelemetryManager.h"
 #include "telemetry/IPackageInfoManager.h"
 #include "telemetry/IRateLimiterConfigManager.h"
 
@@ -53,9 +55,16 @@ struct Device {
             double sampleRate = 1;  // the share of the events that is kept
         };
 
+        /// What the service has gathered for the guard to report.
+        struct Records {
+            PerformanceLogs performance;
+            std::vector<ConfigFetchLog> fetches;
+        };
+
         uint64_t seed = 1;                        // of the draws
         std::map<uint32_t, std::string> configs;  // the id of the active one by Android user
         std::map<std::string, Rule> events;       // by name; one that has no rule is kept
+        std::multimap<int64_t, Records> records;  // by the moment, ms since boot, from which they wait
     };
 
     std::optional<std::string> telemetryId, morlekId;
@@ -69,6 +78,7 @@ struct Device {
     Clock clock;
     // By the moment, ms since boot, from which each holds; before the first, telemetry is enabled.
     std::map<int64_t, bool> telemetryEnabled;
+    bool intakeGate = false;  // of the intake monitor
     std::set<std::string> eventsInVerification;
     RateLimits rateLimits;
     std::set<uint32_t> checkpointedUids;

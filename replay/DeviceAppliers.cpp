@@ -32,21 +32,43 @@ private:
     const Device::Clock clock_;
 };
 
+/// An applier that runs within another one.
+class InnerApplier : public IApplier {
+public:
+    InnerApplier(std::unique_ptr<IApplier> applier, std::shared_ptr<PipelineWatch> watch)
+        : IApplier(applier->name_), applier_(std::move(applier)), watch_(std::move(watch)) {}
+
+    EventResult apply(std::unique_ptr<TelemetryEvent> event) override {
+        if (Journey* journey = watch_->journey()) journey->enterWithin(name_);
+        return applier_->apply(std::move(event));
+    }
+
+private:
+    const std::unique_ptr<IApplier> applier_;
+    const std::shared_ptr<PipelineWatch> watch_;
+};
+
 }  // namespace
 
-void addAppliers(TelemetryEventProcessorBuilder& builder, const std::shared_ptr<DeviceServices>& services,
-                 std::shared_ptr<SequenceNumberManager> sequenceNumbers) {
+std::vector<std::shared_ptr<IApplier>> makeAppliers(const std::shared_ptr<DeviceServices>& services,
+                                                    std::shared_ptr<SequenceNumberManager> sequenceNumbers,
+                                                    const std::shared_ptr<PipelineWatch>& watch) {
+    const auto inner = [&](std::unique_ptr<IApplier> applier) -> std::unique_ptr<IApplier> {
+        if (!watch) return applier;
+        return std::make_unique<InnerApplier>(std::move(applier), watch);
+    };
     const std::shared_ptr<IAppOverrideManager>& overrides = services->device().appOverrides;
-    builder
-        .addApplier(std::make_shared<DeviceInfoApplier>(
-            std::make_unique<DeviceIDApplier>(), std::make_unique<OSUtilsDeviceIdApplier>(),
-            std::make_unique<DeviceSettingApplier>(), std::make_unique<SystemPropertyApplier>()))
-        .addApplier(std::make_shared<IdentityApplier>(services, overrides))
-        .addApplier(std::make_shared<ApplicationInfoApplier>(std::make_unique<PackageInfoApplier>(services, overrides),
-                                                             overrides))
-        .addApplier(std::make_shared<SequenceNumberApplier>(std::move(sequenceNumbers)))
-        .addApplier(std::make_shared<SessionsApplier>(services))
-        .addApplier(std::make_shared<TimestampApplier>(std::make_shared<DeviceClock>(services->device().clock)));
+    return {
+        std::make_shared<DeviceInfoApplier>(
+            inner(std::make_unique<DeviceIDApplier>()), inner(std::make_unique<OSUtilsDeviceIdApplier>()),
+            inner(std::make_unique<DeviceSettingApplier>()), inner(std::make_unique<SystemPropertyApplier>())),
+        std::make_shared<IdentityApplier>(services, overrides),
+        std::make_shared<ApplicationInfoApplier>(inner(std::make_unique<PackageInfoApplier>(services, overrides)),
+                                                 overrides),
+        std::make_shared<SequenceNumberApplier>(std::move(sequenceNumbers)),
+        std::make_shared<SessionsApplier>(services),
+        std::make_shared<TimestampApplier>(std::make_shared<DeviceClock>(services->device().clock)),
+    };
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -4,6 +4,7 @@
 
 #include "replay/JsonFile.h"
 #include "replay/JsonNode.h"
+#include "telemetry/TelemetrySorelconfigs.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -112,6 +113,51 @@ void readFilter(const JsonNode& node, Device::Filter& filter) {
     node.object({{"enabled", into(filter.enabled)}, {"discretionary_packages", into(filter.discretionaryPackages)}});
 }
 
+void readOutcome(const JsonNode& node, FetchOutcome& outcome) {
+    const std::pair<const char*, FetchOutcome> outcomes[] = {
+        {"noChange", FetchOutcome::NoChange},           {"persistSuccess", FetchOutcome::PersistSuccess},
+        {"persistError", FetchOutcome::PersistError},   {"parseError", FetchOutcome::ParseError},
+        {"endpointError", FetchOutcome::EndpointError}, {"userTokenEmpty", FetchOutcome::UserTokenEmpty},
+    };
+    std::string text;
+    node.read(text);
+    for (const auto& [name, value] : outcomes) {
+        if (text != name) continue;
+        outcome = value;
+        return;
+    }
+    node.fail("expected noChange, persistSuccess, persistError, parseError, endpointError or userTokenEmpty");
+}
+
+void readRecords(const JsonNode& node, Device::DynamicTelemetry::Records& records, int64_t& atMs) {
+    const auto readMetrics = [](std::unordered_map<std::string, int64_t>& metrics) {
+        return [&metrics](const JsonNode& member) {
+            member.members([&](const std::string& name, const JsonNode& metric) { metric.read(metrics[name]); });
+        };
+    };
+    const auto readGuardLog = [&](const JsonNode& guard) {
+        auto& log = records.performance.guardLogs.emplace_back();
+        guard.object({{"config_id", into(log.configId)},
+                      {"logging_duration_ms", into(log.loggingDurationMs)},
+                      {"metrics", readMetrics(log.metrics)}});
+    };
+    const auto readMonitorLog = [&](const JsonNode& monitor) {
+        auto& log = records.performance.monitorLogs.emplace_back();
+        monitor.object({{"config_id", into(log.configId)},
+                        {"processed_event_name", into(log.processedEventName)},
+                        {"logging_duration_ms", into(log.loggingDurationMs)},
+                        {"metrics", readMetrics(log.metrics)}});
+    };
+    const auto readFetch = [&](const JsonNode& member) {
+        ConfigFetchLog& fetch = records.fetches.emplace_back();
+        member.object({{"active_config_id", into(fetch.activeConfigId)},
+                       {"fetched_config_id", into(fetch.fetchedConfigId)},
+                       {"finished_us", into(fetch.fetchFinished)},
+                       {"outcome", [&](const JsonNode& outcome) { readOutcome(outcome, fetch.outcome); }}});
+    };
+    node.object({{"at_ms", into(atMs)}, {"guard", readGuardLog}, {"monitor", readMonitorLog}, {"fetch", readFetch}});
+}
+
 void readDynamicTelemetry(const JsonNode& node, Device::DynamicTelemetry& telemetry) {
     const auto readSampleRate = [](const JsonNode& rate, double& sampleRate) {
         rate.read(sampleRate);
@@ -122,9 +168,16 @@ void readDynamicTelemetry(const JsonNode& node, Device::DynamicTelemetry& teleme
         event.object({{"keep", into(rule.keep)},
                       {"sample_rate", [&](const JsonNode& rate) { readSampleRate(rate, rule.sampleRate); }}});
     };
+    const auto addRecords = [&](const JsonNode& element) {
+        int64_t atMs = 0;
+        Device::DynamicTelemetry::Records records;
+        readRecords(element, records, atMs);
+        telemetry.records.emplace(atMs, std::move(records));
+    };
     node.object({{"seed", into(telemetry.seed)},
                  {"configs", into(telemetry.configs)},
-                 {"events", [&](const JsonNode& events) { events.members(readRule); }}});
+                 {"events", [&](const JsonNode& events) { events.members(readRule); }},
+                 {"records", [&](const JsonNode& all) { all.elements(addRecords); }}});
 }
 
 }  // namespace
@@ -143,6 +196,10 @@ Device readDevice(InputFile& file) {
             {"sessions", [&](const JsonNode& node) { readSessions(node, device.sessions); }},
             {"app_overrides", [&](const JsonNode& node) { readAppOverrides(node, *device.appOverrides); }},
             {"telemetry_enabled", [&](const JsonNode& node) { readTelemetryEnabled(node, device.telemetryEnabled); }},
+            {"feature_gates",
+             [&](const JsonNode& node) {
+                 node.object({{TelemetrySorelconfigs::EnableIntakeMonitor, into(device.intakeGate)}});
+             }},
             {"events_in_verification", into(device.eventsInVerification)},
             {"rate_limits", [&](const JsonNode& node) { readRateLimits(node, device.rateLimits); }},
             {"checkpointed_uids", into(device.checkpointedUids)},

@@ -10,12 +10,16 @@
 #include "replay/CountingRateLimiter.h"
 #include "replay/DeviceAppliers.h"
 #include "replay/DynamicTelemetryRules.h"
+#include "replay/FollowedEvent.h"
 #include "telemetry/AccountCheckpointGuard.h"
 #include "telemetry/DynamicTelemetryGuard.h"
 #include "telemetry/EventFilterGuard.h"
+#include "telemetry/IntakeMonitor.h"
 #include "telemetry/PathwayGuard.h"
+#include "telemetry/SizeLimiterMonitor.h"
 #include "telemetry/TelemetryEventProcessorBuilder.h"
 #include "telemetry/TelemetryStateGuard.h"
+#include "telemetry/VerificationMonitor.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -25,20 +29,36 @@ DevicePipeline::DevicePipeline(Device device, std::shared_ptr<SequenceNumberMana
     for (const auto& [name, value] : services_->device().systemProperties) android::base::SetProperty(name, value);
     host::setTelemetrySettings(services_);
 
-    makeGuards(std::move(schema));
+    const MonitorEventCallback report = [this](const android::os::PersistableBundle& envelope, bool /*flag*/,
+                                               unsigned int uid) { keepReport(envelope, uid); };
     TelemetryEventProcessorBuilder builder(watch_, watch_);
-    for (const Guard& guard : guards_) builder.addGuard(guard.guard);
-    addAppliers(builder, services_, std::move(sequenceNumbers));
+    const auto append = [this](Journey::Kind kind, const std::string& name) {
+        Journey::Stage& stage = stages_.emplace_back();
+        stage.kind = kind;
+        stage.name = name;
+    };
+    const std::shared_ptr<IMonitor> monitors[] = {std::make_shared<IntakeMonitor>(report),
+                                                  std::make_shared<SizeLimiterMonitor>(report),
+                                                  std::make_shared<VerificationMonitor>(report)};
+    for (const auto& monitor : monitors) {
+        builder.addMonitor(monitor);
+        append(Journey::Kind::Monitor, monitor->name_);
+    }
+    makeGuards(report, std::move(schema));
+    for (const Guard& guard : guards_) {
+        builder.addGuard(guard.guard);
+        append(Journey::Kind::Guard, guard.guard->name_);
+    }
+    for (const auto& applier : makeAppliers(services_, std::move(sequenceNumbers), watch_)) {
+        builder.addApplier(applier);
+        append(Journey::Kind::Applier, applier->name_);
+    }
     processor_ = std::move(builder).build();
 }
 
 /// What may not be kept must not use up the limit of a rate. Sampling comes last: an event that was drawn stands for
 /// others, and would be missed more than once.
-void DevicePipeline::makeGuards(std::shared_ptr<IEventSchemaHandler> schema) {
-    const MonitorEventCallback report = [this](const android::os::PersistableBundle& envelope, bool /*flag*/,
-                                               unsigned int uid) {
-        reports_.push_back(openReport(envelope, uid, times_));
-    };
+void DevicePipeline::makeGuards(const MonitorEventCallback& report, std::shared_ptr<IEventSchemaHandler> schema) {
     const auto add = [this](std::shared_ptr<IGuard> guard, std::function<void(Json::Value&)> explain) {
         guards_.push_back({std::move(guard), std::move(explain)});
     };
@@ -75,11 +95,17 @@ void DevicePipeline::omitName(Json::Value& why) const {
     if (why["identifier"] == watch_->sight().name) why.removeMember("identifier");
 }
 
-EventResult DevicePipeline::processEvent(std::unique_ptr<TelemetryEventBundle> event) {
+void DevicePipeline::keepReport(const android::os::PersistableBundle& envelope, unsigned int uid) {
+    reports_.push_back(openReport(envelope, uid, times_));
+    if (Journey* journey = watch_->journey()) journey->report(reports_.back());
+}
+
+EventResult DevicePipeline::processEvent(std::unique_ptr<TelemetryEventBundle> event, Journey* journey) {
     times_ = timesOf(*event);
     services_->setMoment(times_.realtimeMs);
-    watch_->begin();
+    watch_->begin(journey);
     droppedBy_ = nullptr;
+    if (journey) event = std::make_unique<FollowedEvent>(std::move(*event), *journey);
     EventResult result = processor_->processEvent(std::move(event));
     if (result.hasValue()) return result;
 

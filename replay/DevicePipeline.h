@@ -12,6 +12,7 @@
 
 #include "replay/Device.h"
 #include "replay/DeviceServices.h"
+#include "replay/Journey.h"
 #include "replay/MonitorReport.h"
 #include "replay/PipelineWatch.h"
 #include "telemetry/IEventSchemaHandler.h"
@@ -31,8 +32,8 @@ public:
     DevicePipeline(const DevicePipeline&) = delete;
     DevicePipeline& operator=(const DevicePipeline&) = delete;
 
-    /// The device is as it was when the event was created.
-    EventResult processEvent(std::unique_ptr<TelemetryEventBundle> event);
+    /// The device is as it was when the event was created. The journey, which is lent, is told of every step.
+    EventResult processEvent(std::unique_ptr<TelemetryEventBundle> event, Journey* journey = nullptr);
 
     /// Why the last event was dropped: "guard", "counter" (null if the guard has none), "reason" and what the decision
     /// rested on. Null if it was not.
@@ -42,6 +43,8 @@ public:
 
     /// How many events each guard has dropped, in the order in which they run.
     std::vector<std::pair<std::string, uint64_t>> drops() const;
+    /// All stages that the pipeline itself runs, in order, as they are before a journey.
+    const std::vector<Journey::Stage>& stages() const { return stages_; }
     const std::map<std::string, uint64_t>& counters() const { return watch_->counters(); }
 
 private:
@@ -51,7 +54,8 @@ private:
         uint64_t dropped = 0;
     };
 
-    void makeGuards(std::shared_ptr<IEventSchemaHandler> schema);
+    void makeGuards(const MonitorEventCallback& report, std::shared_ptr<IEventSchemaHandler> schema);
+    void keepReport(const android::os::PersistableBundle& envelope, unsigned int uid);
     /// Leaves out the event's identifier where it is the name, which the line has.
     void omitName(Json::Value& why) const;
 
@@ -61,6 +65,7 @@ private:
     std::vector<MonitorReport> reports_;
     std::vector<Guard> guards_;
     Guard* droppedBy_ = nullptr;  // the last event
+    std::vector<Journey::Stage> stages_;
     std::shared_ptr<TelemetryEventProcessor> processor_;
 };
 

@@ -9,6 +9,7 @@
 #include "telemetry/ISessionManager.h"
 #include "telemetry/ITelemetrySettingsManager.h"
 #include "telemetry/IUserAccountState.h"
+#include "telemetry/TelemetrySorelconfigs.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -42,7 +43,9 @@ public:
     void setEventCacheTimeAdjusted(bool /*adjusted*/) override {}
     int64_t getClockAdjustmentMs() override { return 0; }
     void setClockAdjustmentMs(int64_t /*adjustmentMs*/) override {}
-    bool isGkEnabled(const std::string& /*gateName*/) override { return false; }
+    bool isGkEnabled(const std::string& gateName) override {
+        return gateName == TelemetrySorelconfigs::EnableIntakeMonitor && device_.intakeGate;
+    }
     bool isEventInVerification(const std::string& eventName) override {
         return device_.eventsInVerification.count(eventName) > 0;
     }

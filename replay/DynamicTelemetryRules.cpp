@@ -14,13 +14,25 @@ std::mt19937_64 makeGenerator(uint64_t seed, const std::string& eventName) {
 
 }  // namespace
 
-DynamicTelemetryRules::DynamicTelemetryRules(const Device::DynamicTelemetry& telemetry) : configs_(telemetry.configs) {
+DynamicTelemetryRules::DynamicTelemetryRules(const Device::DynamicTelemetry& telemetry)
+    : configs_(telemetry.configs), records_(telemetry.records) {
     for (const auto& [name, rule] : telemetry.events) {
         samplers_[name] = {rule, makeGenerator(telemetry.seed, name), std::nullopt};
     }
 }
 
+void DynamicTelemetryRules::gatherRecords(int64_t momentMs) {
+    const auto end = records_.upper_bound(momentMs);
+    for (auto records = records_.begin(); records != end; records = records_.erase(records)) {
+        const auto append = [](const auto& more, auto& all) { all.insert(all.end(), more.begin(), more.end()); };
+        append(records->second.performance.guardLogs, due_.performance.guardLogs);
+        append(records->second.performance.monitorLogs, due_.performance.monitorLogs);
+        append(records->second.fetches, due_.fetches);
+    }
+}
+
 DynamicTelemetryDecision DynamicTelemetryRules::evaluateEvent(const TelemetryEvent& event) {
+    gatherRecords(event.clientCreatedTime());
     const auto found = samplers_.find(event.name());
     last_ = found == samplers_.end() ? nullptr : &found->second;
     if (!last_) return {};

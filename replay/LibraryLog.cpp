@@ -11,10 +11,11 @@ namespace {
 
 Console* target = nullptr;
 thread_local const LinePlace* currentPlace = nullptr;
+thread_local bool isMuted = false;
 
 /// A desk's early form of the logger function: liblog of a device passes the message inside the structure.
 void show(const __android_logger_data* data, const char* message) {
-    if (data->priority < ANDROID_LOG_WARN) return;
+    if (data->priority < ANDROID_LOG_WARN || isMuted) return;
     // One event may have the same said of it several times, for example that a schema has no salt.
     thread_local std::string last;
     const std::string text = (currentPlace ? toText(*currentPlace) : "") + message;
@@ -41,5 +42,6 @@ LibraryLog::~LibraryLog() {
 }
 
 void LibraryLog::setPlace(const LinePlace* place) { currentPlace = place; }
+void LibraryLog::mute(bool muted) { isMuted = muted; }
 
 }  // namespace Velo::OS::Telemetry::replay

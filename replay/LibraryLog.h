@@ -17,6 +17,8 @@ public:
 
     /// What the calling thread logs from now on is about this place, which must outlive the logging; null: about none.
     static void setPlace(const LinePlace* place);
+    /// Whether what the calling thread logs from now on is not to be shown.
+    static void mute(bool muted);
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -5,12 +5,14 @@
 #include <optional>
 #include <string>
 
+#include "replay/Journey.h"
 #include "telemetry/IEventTracingManager.h"
 #include "telemetry/IHealthCountersManager.h"
 
 namespace Velo::OS::Telemetry::replay {
 
-/// Adds up the counters of a pipeline, and knows how far the event in hand has come. For one thread.
+/// Adds up the counters of a pipeline, and knows how far the event in hand has come, and on what journey. For one
+/// thread.
 class PipelineWatch : public IEventTracingManager, public IHealthCountersManager {
 public:
     /// The event in hand and the stage that it entered last.
@@ -22,14 +24,19 @@ public:
         IntakeFormat format{};
     };
 
-    /// A new event is in hand.
-    void begin() { sight_ = {}; }
+    /// A new event is in hand. Its journey, if it is to have one, is lent.
+    void begin(Journey* journey) {
+        sight_ = {};
+        journey_ = journey;
+    }
     const Sight& sight() const { return sight_; }
+    Journey* journey() const { return journey_; }
     const std::map<std::string, uint64_t>& counters() const { return counters_; }
 
     void traceEventStage(const std::string& /*eventIdentifier*/, uint32_t uid, const std::string& stageName) override {
         sight_.uid = uid;
         sight_.stage = stageName;
+        if (journey_) journey_->enter(stageName);
     }
     void incrementCounter(const std::string& counterName, int32_t amount) override {
         counters_[counterName] += static_cast<uint64_t>(amount);
@@ -43,6 +50,7 @@ public:
 
 private:
     Sight sight_;
+    Journey* journey_ = nullptr;
     std::map<std::string, uint64_t> counters_;
 };
 

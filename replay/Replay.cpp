@@ -19,13 +19,16 @@ public:
     explicit LoggingPlace(const LinePlace& place) { LibraryLog::setPlace(&place); }
     LoggingPlace(const LoggingPlace&) = delete;
     LoggingPlace& operator=(const LoggingPlace&) = delete;
-    ~LoggingPlace() { LibraryLog::setPlace(nullptr); }
+    ~LoggingPlace() {
+        LibraryLog::setPlace(nullptr);
+        LibraryLog::mute(false);
+    }
 };
 
 }  // namespace
 
-Replay::Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, BadLines badLines)
-    : files_(files), pipeline_(pipeline), console_(console), badLines_(badLines) {}
+Replay::Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, BadLines badLines, Explainer* explainer)
+    : files_(files), pipeline_(pipeline), console_(console), badLines_(badLines), explainer_(explainer) {}
 
 void Replay::run() {
     const LoggingPlace loggingPlace(place_);
@@ -48,6 +51,7 @@ void Replay::replayFile(InputFile& input) {
         } else if (!isBlank(reader.text())) {
             handleLine(reader.text());
         }
+        if (explainer_ && explainer_->isDone(place_.line, &input == &files_.inputs.back())) stopped_ = true;
         console_.progress(counts_.bytes);
     }
 }
@@ -58,22 +62,30 @@ void Replay::handleLine(std::string_view line) {
     if (const auto* error = std::get_if<LineError>(&decoded)) {
         reject(line, error->text);
     } else {
-        handleEvent(std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded)), line, decoder_.earlierDrop());
+        handleEvent(std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded)), /*isReport=*/false, line,
+                    decoder_.earlierDrop());
         logReports();
     }
 }
 
 /// `line` describes the event, with the member "dropped" that it had, if any.
-void Replay::handleEvent(std::unique_ptr<TelemetryEventBundle> event, std::string_view line,
+void Replay::handleEvent(std::unique_ptr<TelemetryEventBundle> event, bool isReport, std::string_view line,
                          const Json::Value* earlierDrop) {
-    EventResult result = pipeline_.processEvent(std::move(event));
-    if (result.hasError()) return writeDrop(line, earlierDrop);
+    Journey* journey = explainer_ ? explainer_->begin(place_, isReport, *event, line, pipeline_.stages()) : nullptr;
+    LibraryLog::mute(explainer_ && !journey);  // who asks about one event is not asking about others
+    EventResult result = pipeline_.processEvent(std::move(event), journey);
+    if (result.hasError()) {
+        if (explainer_) explainer_->end(Dropped{pipeline_.explainDrop()});
+        return writeDrop(line, earlierDrop);
+    }
     const std::unique_ptr<TelemetryEvent> processed = result.takeValue();
     if (!writeOutputLine(*processed, outputLine_)) {
-        reject(line, "bundle: cannot be converted to JSON");
-        return;
+        constexpr char kReason[] = "bundle: cannot be converted to JSON";
+        if (explainer_) explainer_->end(Unwritable{kReason});
+        return reject(line, kReason);
     }
     ++counts_.kept;
+    if (explainer_) return explainer_->end(Kept{outputLine_});
     files_.output.write(outputLine_);
 }
 
@@ -106,7 +118,7 @@ void Replay::logReport(const MonitorReport& report, bool isTooFar) {
         return;
     }
     ++counts_.reported;
-    handleEvent(toEvent(report), line, nullptr);
+    handleEvent(toEvent(report), /*isReport=*/true, line, nullptr);
 }
 
 /// Copies the line to the rejects part by part: it may be longer than memory.

@@ -6,6 +6,7 @@
 #include "replay/Console.h"
 #include "replay/DevicePipeline.h"
 #include "replay/EventDecoder.h"
+#include "replay/Explainer.h"
 #include "replay/LinePlace.h"
 #include "replay/LineReader.h"
 #include "replay/RunFiles.h"
@@ -19,8 +20,10 @@ class Replay {
 public:
     enum class BadLines { Continue, Stop };
 
-    /// All arguments lent must outlive it.
-    Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, BadLines badLines);
+    /// All arguments lent must outlive it. With an explainer, it takes the place of the output, and the run stops when
+    /// it has nothing more to explain.
+    Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, BadLines badLines,
+           Explainer* explainer = nullptr);
 
     /// Reads the inputs to their end, or to the first bad line if that is to stop the run. Throws `FileError`; the
     /// counts then say how far it came. Outputs may still hold lines in their buffers afterwards.
@@ -31,7 +34,7 @@ public:
 private:
     void replayFile(InputFile& input);
     void handleLine(std::string_view line);
-    void handleEvent(std::unique_ptr<TelemetryEventBundle> event, std::string_view line,
+    void handleEvent(std::unique_ptr<TelemetryEventBundle> event, bool isReport, std::string_view line,
                      const Json::Value* earlierDrop);
     void writeDrop(std::string_view line, const Json::Value* earlierDrop);
     void logReports();
@@ -44,6 +47,7 @@ private:
     DevicePipeline& pipeline_;
     Console& console_;
     const BadLines badLines_;
+    Explainer* const explainer_;
 
     EventDecoder decoder_;
     LinePlace place_;

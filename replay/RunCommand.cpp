@@ -6,16 +6,11 @@
 
 #include "platform/tracing/HostTracing.h"
 #include "replay/Console.h"
-#include "replay/DeviceFile.h"
-#include "replay/DevicePipeline.h"
+#include "replay/DeskDevice.h"
 #include "replay/FileError.h"
 #include "replay/LibraryLog.h"
 #include "replay/Replay.h"
 #include "replay/RunFiles.h"
-#include "replay/SchemaFile.h"
-#include "replay/StoredKeyValues.h"
-#include "replay/StoredSequenceNumbers.h"
-#include "telemetry/EventSchemaHandler.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -79,24 +74,9 @@ bool finishTrace(RunFiles& files, Console& console) {
     });
 }
 
-std::shared_ptr<EventSchemaHandler> schemaIn(StoreFile& store) {
-    return std::make_shared<EventSchemaHandler>(std::make_shared<StoredKeyValues>(store));
-}
-
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
-    Device device = files.device ? readDevice(*files.device) : Device();
-    StoreFile store(options.store);
-    const auto sequenceNumbers = std::make_shared<StoredSequenceNumbers>(store);
-    auto schema = schemaIn(store);
-    if (files.schema) persistSchema(readSchema(*files.schema), files.schema->name(), *schema, store);
-    // In place of no schema at all, about which the library would complain at every name.
-    std::optional<StoreFile> emptyStore;
-    if (!schema->isEventSchemaAvailable()) {
-        if (device.filter.enabled) console.warning("no event schema: all events are UNCATEGORIZED");
-        schema = schemaIn(emptyStore.emplace(std::nullopt));
-        schema->persistEventSchema(R"({"salt":"none"})");
-    }
-    DevicePipeline pipeline(std::move(device), sequenceNumbers, schema);
+    DeskDevice device(files, options.store, console);
+    DevicePipeline& pipeline = device.pipeline();
     files.emptyOutputs();
     const auto badLines = options.strict ? Replay::BadLines::Stop : Replay::BadLines::Continue;
     Replay replay(files, pipeline, console, badLines);
@@ -108,7 +88,7 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     bool usable = succeeds(console, [&] { replay.run(); });
     console.hideProgress();
     usable &= closeAllButTrace(files, console);
-    usable &= succeeds(console, [&] { sequenceNumbers->handBack(); });
+    usable &= succeeds(console, [&] { device.handBackSequenceNumbers(); });
     const auto elapsed = std::chrono::steady_clock::now() - start;
     usable &= finishTrace(files, console);
 

@@ -1,10 +1,12 @@
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <csignal>
 #include <functional>
 #include <sstream>
 #include <string>
 
 #include "replay/Console.h"
+#include "replay/ExplainCommand.h"
 #include "replay/FileDescriptor.h"
 #include "replay/FileError.h"
 #include "replay/OutputFile.h"
@@ -70,6 +72,8 @@ Device: one JSON object; whatever is absent is unknown to the pipeline.
                       "sdk_app_package_version_name": string,
                       "sdk_app_package_version_code": integer}}}
   telemetry_enabled  bool, true if absent; or [{"since_ms": integer, "enabled": bool}]
+  feature_gates      {"arvo_mobile_telemetry_intake_monitor": bool}, whether the intake of
+                     events is monitored; false if absent
   events_in_verification  [NAME]
   checkpointed_uids  [UID]
   filter             {"enabled": bool, "discretionary_packages": [PACKAGE]}; enabled, it
@@ -83,9 +87,20 @@ Device: one JSON object; whatever is absent is unknown to the pipeline.
                      limited; windows pass by this machine's clock, however fast a
                      day is replayed
   dynamic_telemetry  {"configs": {ANDROID_USER: string}, "seed": integer,
-                      "events": {NAME: {"keep": bool, "sample_rate": number}}}; each
-                     NAME has its own draws, which repeat with the seed; events
-                     without a rule are all kept
+                      "events": {NAME: {"keep": bool, "sample_rate": number}},
+                      "records": [{"at_ms": integer, "guard": LOG, "monitor": LOG,
+                                   "fetch": {"active_config_id": string,
+                                             "fetched_config_id": string,
+                                             "finished_us": integer,
+                                             "outcome": string}}]}; each NAME has its
+                     own draws, which repeat with the seed; events without a rule are
+                     all kept; records are what the service has gathered by then to be
+                     reported, and each of the three may be absent; a LOG is
+                     {"config_id": string, "logging_duration_ms": integer,
+                      "metrics": {NAME: integer}}, that of a monitor also has
+                     "processed_event_name"; an outcome is "noChange",
+                     "persistSuccess", "persistError", "parseError", "endpointError"
+                     or "userTokenEmpty"
   clock              {"adjusted": bool, "time_ms": integer, "boot_time_ms": integer},
                      the wall-clock time (monotonic if not adjusted) and the time
                      since boot at which to stand still; else this machine's clocks run
@@ -101,6 +116,42 @@ Examples:
   telemetry-replay run day.jsonl --device device.json -o /dev/null --drops drops.jsonl
   telemetry-replay run --trace day.trace day.jsonl > out.jsonl
   echo '{"name":"launch","data":{"k":1}}' | telemetry-replay run)";
+
+constexpr char kExplainDescription[] = "Shows what each stage of the pipeline does with chosen events.";
+
+constexpr char kExplainFooter[] = R"(
+An event is chosen if every option that is given applies to it: it stands on one of
+the lines, bears one of the names, is among the first N of these. Monitor events
+themselves are only chosen by name. All events before a chosen one are processed too,
+for what becomes of it may hang on them; sequence numbers start at 1.
+
+Text: a headline with the event's name, place, uid and format; then, in order, each
+stage and
+  observed, passed, applied   what the stage did: it is a monitor, guard or applier
+  dropped: REASON             and what the decision rested on; run --help has them all
+  blocked                     this applier must not touch the event
+  not reached                 by an event that was dropped
+  reported NAME               a monitor event that the stage reported, and its members
+  + FIELD VALUE               what the stage has added
+  ~ FIELD OLD -> NEW          what it has changed; header.FIELD is in the batch header
+then the event as run would write it, if it was kept. There is colour on a terminal,
+unless the environment has NO_COLOR.
+
+JSON: one object a line with place (reported_at for a monitor event), name, uid,
+format, identifier, stages and output, or dropped or bad. A stage has name, kind, within
+(the applier that runs it), fate (the words above, or not_reached), reports and changes;
+a change has field, in ("data", "header", or "event" for its uid), old (absent if new)
+and new.
+
+Input, device and schema are those of run.
+
+Exit status: 0; 1 if no event was chosen or there was a bad line; 2 for a wrong call or
+a file that cannot be opened, read or written.
+
+Examples:
+  telemetry-replay explain day.jsonl --device device.json --line 12
+  telemetry-replay explain day.jsonl --device device.json --name app_launch --first 3
+  telemetry-replay explain day.jsonl --json | jq .stages)";
 
 constexpr char kSchemaDescription[] = "Says what devices make of an event schema.";
 constexpr char kCheckDescription[] = "Names what in an event schema would be dropped or misread.";
@@ -130,16 +181,21 @@ constexpr char kFooter[] = R"(
 Examples:
   telemetry-replay run day.jsonl -o out.jsonl
   telemetry-replay run --help
+  telemetry-replay explain day.jsonl --line 12
   telemetry-replay schema --help)";
 
 /// What was asked for on the command line.
 using Command = std::function<ExitStatus()>;
 
+void addInputOptions(CLI::App& command, RunOptions& options) {
+    command.add_option("FILE", options.inputs, "Files of events; none or - is standard input")->type_name("");
+    command.add_option("--device", options.device, "Run on the device that FILE describes")->type_name("FILE");
+    command.add_option("--schema", options.schema, "Classify events by the event schema in FILE")->type_name("FILE");
+}
+
 void addRunCommand(CLI::App& app, RunOptions& options, Command& command) {
     CLI::App* run = app.add_subcommand("run", kRunDescription);
-    run->add_option("FILE", options.inputs, "Files of events; none or - is standard input")->type_name("");
-    run->add_option("--device", options.device, "Run on the device that FILE describes")->type_name("FILE");
-    run->add_option("--schema", options.schema, "Classify events by the event schema in FILE")->type_name("FILE");
+    addInputOptions(*run, options);
     run->add_option("--store", options.store,
                     "Keep sequence numbers and the event schema from run to run in FILE, an SQLite database")
         ->type_name("FILE");
@@ -155,6 +211,34 @@ void addRunCommand(CLI::App& app, RunOptions& options, Command& command) {
     run->add_flag("-q,--quiet", options.quiet, "No warnings, no progress bar, no summary");
     run->footer(kRunFooter);
     run->callback([&] { command = [&] { return runCommand(options); }; });
+}
+
+/// What is wrong with the argument of an option, if anything.
+std::string expectPositive(const std::string& text) {
+    uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isPositive = error == std::errc() && end == text.data() + text.size() && number > 0;
+    return isPositive ? "" : "expected a positive integer";
+}
+
+void addExplainCommand(CLI::App& app, ExplainOptions& options, Command& command) {
+    CLI::App* explain = app.add_subcommand("explain", kExplainDescription);
+    addInputOptions(*explain, options.run);
+    explain->add_option("--line", options.choice.lines, "Explain the event on line N; can be given several times")
+        ->type_name("N")
+        ->allow_extra_args(false)
+        ->check(expectPositive);
+    explain->add_option("--name", options.choice.names, "Explain events of this name; can be given several times")
+        ->type_name("NAME")
+        ->allow_extra_args(false);
+    explain->add_option("--first", options.choice.first, "Explain only the first N of these")
+        ->type_name("N")
+        ->check(expectPositive);
+    explain->add_option("-o,--output", options.run.output, "Write to FILE instead of standard output")
+        ->type_name("FILE");
+    explain->add_flag("--json", options.json, "Write JSON instead of text");
+    explain->footer(kExplainFooter);
+    explain->callback([&] { command = [&] { return explainCommand(options); }; });
 }
 
 struct SchemaOptions {
@@ -203,12 +287,14 @@ ExitStatus report(const CLI::App& app, const CLI::ParseError& error) {
 ExitStatus runTool(int argc, char** argv) {
     CLI::App app("Replays telemetry events on a desk, through the pipeline that devices run.", "telemetry-replay");
     RunOptions runOptions;
+    ExplainOptions explainOptions;
     SchemaOptions schemaOptions;
     Command command;
     app.set_version_flag("--version", "telemetry-replay " TELEMETRY_REPLAY_VERSION);
     app.require_subcommand(1);
     app.footer(kFooter);
     addRunCommand(app, runOptions, command);
+    addExplainCommand(app, explainOptions, command);
     addSchemaCommand(app, schemaOptions, command);
     try {
         app.parse(argc, argv);

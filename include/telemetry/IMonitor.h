@@ -11,7 +11,8 @@ namespace Velo::OS::Telemetry {
 
 /// Observes an event before the guards see it. A monitor reports; it never drops, changes or replaces the event.
 ///
-/// `monitor` may run on several threads at once and returns the very event it was given.
+/// `monitor` may run on several threads at once and returns the very event it was given, which must not be null. What
+/// the callback throws passes through it, and the event is lost.
 class TELEMETRY_EXPORT IMonitor {
 public:
     /// `name` is the stage name; `callback` receives what the monitor has to report.

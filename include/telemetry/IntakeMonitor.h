@@ -7,12 +7,12 @@
 
 namespace Velo::OS::Telemetry {
 
-/// "intake_monitor": reports as "telemetry_event_intake_monitor_audit" that a user's events of a name have entered the
-/// pipeline, once while the process lives for those logged as JSON bundles and once for all others. Its own reports it
-/// leaves alone.
+/// "intake_monitor": reports the first event of each name and uid as "telemetry_event_intake_monitor_audit", and again
+/// the first that was logged in the other kind of format, a JSON bundle or not. Its own reports it leaves alone.
 ///
-/// What was reported is kept for the whole process, grows with every name and user, and is guarded by a lock of its
-/// own. The monitor holds its own lock while it calls the callback, which must not call back into it.
+/// What was reported is kept for the whole process, shared by all monitors, and grows with every name and uid. Two
+/// monitors that see the same at the same moment may both report it. A monitor holds its own lock while it calls the
+/// callback, which must not call back into it.
 class TELEMETRY_EXPORT IntakeMonitor : public IMonitor {
 public:
     static constexpr char kKeyEventName[] = "event_name";
@@ -23,7 +23,7 @@ public:
     explicit IntakeMonitor(MonitorEventCallback callback);
 
     std::unique_ptr<TelemetryEvent> monitor(std::unique_ptr<TelemetryEvent> event) override;
-    /// Whether the gate `TelemetrySorelconfigs::EnableIntakeMonitor` was on when the process first asked.
+    /// Whether the gate `TelemetrySorelconfigs::EnableIntakeMonitor` was on when the first of all monitors asked.
     virtual bool isGkEnabled();
 
 private:

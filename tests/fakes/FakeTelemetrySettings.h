@@ -38,15 +38,16 @@ public:
     void setEventCacheTimeAdjusted(bool adjusted) override { called("setEventCacheTimeAdjusted", adjusted); }
     int64_t getClockAdjustmentMs() override { return clockAdjustmentMs; }
     void setClockAdjustmentMs(int64_t adjustmentMs) override { called("setClockAdjustmentMs", adjustmentMs); }
-    bool isGkEnabled(const std::string& /*gateName*/) override { return gatesOpen; }
+    bool isGkEnabled(const std::string& gateName) override { return gateName == openGate; }
     bool isEventInVerification(const std::string& eventName) override {
         return called("isEventInVerification " + eventName, 0), inVerification;
     }
 
     std::optional<std::string> telemetryDeviceId, morlekDeviceId;
+    std::string openGate;
     int32_t managedMode = 0;
     int64_t clockAdjustmentMs = 0;
-    bool accountMode = false, enabled = true, verbose = false, gatesOpen = false, inVerification = false;
+    bool accountMode = false, enabled = true, verbose = false, inVerification = false;
     bool clockAdjusted = false, eventCacheAdjusted = false;
 
 private:

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <future>
 #include <sstream>
 #include <thread>
 #include <tuple>
@@ -19,6 +20,7 @@
 namespace Velo::OS::Telemetry {
 
 using Lines = std::vector<std::string>;
+constexpr char kGate[] = "arvo_mobile_telemetry_intake_monitor";
 
 class Monitors : public testing::Test {
 protected:
@@ -42,7 +44,7 @@ protected:
 };
 
 TEST_F(Monitors, IntakeIsReportedOncePerUserNameAndKind) {
-    settings->gatesOpen = true;
+    settings->openGate = kGate;
     IntakeMonitor monitor(services.callback());
     EXPECT_EQ(monitor.name_, "intake_monitor");
     const char* audit = "telemetry_event_intake_monitor_audit";
@@ -85,14 +87,17 @@ TEST_F(Monitors, NoIntakeIsReportedWhenTheGateWasClosedAtFirst) {
     } derived(services.callback());
     IntakeMonitor monitor(services.callback());
     EXPECT_EQ(reports(monitor, jsonEvent("a", 10, IntakeFormat::JsonBundle)), Lines{});
-    settings->gatesOpen = true;
+    settings->openGate = kGate;
     EXPECT_EQ(reports(monitor, jsonEvent("a", 10, IntakeFormat::JsonBundle)), Lines{});
     EXPECT_EQ(reports(derived, jsonEvent("a", 10, IntakeFormat::JsonBundle)).size(), 1U);
 }
 
 TEST_F(Monitors, ThreadsReportIntakeOnce) {
     fakes::clocksNs.clear();
-    settings->gatesOpen = true;
+    settings->openGate = kGate;
+    const auto event = [](uint32_t uid, int number) {
+        return jsonEvent(std::to_string(number), uid, IntakeFormat::JsonBundle);
+    };
     const auto slowly = [callback = services.callback()](const auto&... report) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
         callback(report...);
@@ -101,13 +106,19 @@ TEST_F(Monitors, ThreadsReportIntakeOnce) {
     std::vector<std::thread> threads;
     for (uint32_t uid : {1U, 2U, 1U, 2U}) {  // of two monitors at once, yet no user of both
         threads.emplace_back([&, uid] {
-            for (int i = 0; i < 20; ++i) {
-                monitors[uid - 1].monitor(jsonEvent(std::to_string(i), uid, IntakeFormat::JsonBundle));
-            }
+            for (int i = 0; i < 20; ++i) monitors[uid - 1].monitor(event(uid, i));
         });
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(services.take().size(), 40U);
+
+    // While one reports, others go on.
+    std::future<void> other;
+    IntakeMonitor reporting([&](const auto&...) {
+        other = std::async(std::launch::async, [&] { monitors[0].monitor(event(3, 1)); });
+        EXPECT_EQ(other.wait_for(std::chrono::seconds(5)), std::future_status::ready);
+    });
+    reporting.monitor(event(3, 2));
 }
 
 TEST_F(Monitors, OversizedEventsAreReportedEveryTime) {
@@ -133,12 +144,16 @@ TEST_F(Monitors, OversizedEventsAreReportedEveryTime) {
 TEST_F(Monitors, VerifiedEventsAreFingerprinted) {
     struct Derived : VerificationMonitor {
         using VerificationMonitor::VerificationMonitor;
-        bool isVerboseEnabled() override { return ++asked, true; }
+        bool isEventInVerification(const std::string& name) override {
+            return name == "own" || VerificationMonitor::isEventInVerification(name);
+        }
+        bool isVerboseEnabled() override { return ++asked, VerificationMonitor::isVerboseEnabled(); }
         int asked = 0;
     } monitor(services.callback());
     EXPECT_EQ(monitor.name_, "statsd_verification_monitor");
     EXPECT_EQ(reports(monitor, jsonEvent("e", 7, IntakeFormat::JsonBundle)), Lines{});
     EXPECT_EQ(settings->takeCalls(), Lines{"isEventInVerification e 0"});
+    EXPECT_EQ(reports(monitor, jsonEvent("own", 7, IntakeFormat::JsonBundle)).size(), 1U);
     settings = fakes::FakeTelemetrySettings::install();
     settings->inVerification = true;
 
@@ -148,9 +163,9 @@ TEST_F(Monitors, VerifiedEventsAreFingerprinted) {
     };
     const Case cases[] = {
         {R"({"a":1,"b":"x"})", R"("a":1;"b":"x";)", R"("a":1;"b":"x";)", "0", "0", "2"},
-        {R"({"z":[{"q":1},null],"n":{"o":{"z":2,"k":1.5},"k":true,"Z":"\"\u00e9"},"realtime":9,"utl_realtime_ms":4294967297})",
-         R"("Z":"\"\u00e9";"k":true;"utl_realtime_ms":4294967297;"z":2;)", R"("Z":"\"\u00e9";"k":true;"z":2;)",
-         "4294967297", "1", "3"},
+        {R"({"z":[],"y":[{"q":1},null],"x":null,"n":{"o":{"z":2,"k":1.5},"k":true,"Z":"\"\u00e9"},"realtime":9,"utl_realtime_ms":4294967297})",
+         R"("Z":"\"\u00e9";"k":true;"utl_realtime_ms":4294967297;"x":null;"y":[{"q":1},null];"z":2;)",
+         R"("Z":"\"\u00e9";"k":true;"x":null;"y":[{"q":1},null];"z":2;)", "4294967297", "1", "5"},
         {R"({"utl_uptime_ms":3,"utl_logging_package":"p","utl_realtime_ms":-1,"é":1e30,"e":{}, "":[]})",
          R"("":[];"\u00e9":1e+30;"utl_logging_package":"p";"utl_realtime_ms":-1;"utl_uptime_ms":3;)",
          R"("":[];"\u00e9":1e+30;)", "-1", "-1", "2"},
@@ -160,7 +175,9 @@ TEST_F(Monitors, VerifiedEventsAreFingerprinted) {
     };
     EXPECT_EQ(lowerHalf(cases[0].text), "-190359424");
     for (const Case& c : cases) {
-        EXPECT_EQ(monitor.sortEventFields(fakes::parsed(c.data), {"\"realtime\""}).first, c.text);
+        EXPECT_EQ(monitor.sortEventFields(fakes::parsed(c.data), {"\"realtime\"", "\"utl_realtime_ms\"",
+                                                                  "\"utl_uptime_ms\"", "\"utl_logging_package\""}),
+                  std::make_pair(std::string(c.textWithoutTimestamp), static_cast<uint32_t>(std::stoi(c.count))));
         EXPECT_EQ(reports(monitor, jsonEvent("e", 7, IntakeFormat::AndroidAtom, c.data)),
                   Lines{fakes::report(7, "arvo_mobile_telemetry_statsd_verification_monitor",
                                       std::string(R"("event_identifier":"e_)") + c.created +
@@ -171,7 +188,17 @@ TEST_F(Monitors, VerifiedEventsAreFingerprinted) {
                         " int fields_number int hash_value int hash_value_without_timestamp int "
                         "original_utl_realtime_ms"});
     }
-    EXPECT_EQ(monitor.asked, 3);
+    EXPECT_EQ(monitor.asked, 4);
+    EXPECT_FALSE(monitor.isVerboseEnabled());
+    settings->verbose = true;
+    EXPECT_TRUE(monitor.isVerboseEnabled());
+    services.reportsFail = true;
+    EXPECT_THROW(monitor.monitor(jsonEvent("e", 7, IntakeFormat::JsonBundle)), std::runtime_error);
+    EXPECT_EQ(monitor.asked, 6) << "the report comes first";
+
+    std::map<std::string, std::string> fields = {{"\"b\"", "0"}};
+    monitor.convertObjectToMap(fakes::parsed(R"({"a":[1],"b":1})"), fields);
+    EXPECT_EQ(fields, (std::map<std::string, std::string>{{"\"a\"", "[1]"}, {"\"b\"", "0"}}));
     EXPECT_EQ(monitor.sortEventFields(Json::Value(), {}), std::make_pair(std::string(), 0U));
 }
 

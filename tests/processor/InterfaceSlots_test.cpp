@@ -217,6 +217,8 @@ TEST(InterfaceSlots, MembersStandInOrder) {
     EXPECT_EQ(valueAt<IHealthCountersManager*>(&checkpoint, kSecond), counters);
     EXPECT_EQ(valueAt<IHealthCountersManager*>(&filter, kSecond), counters);
     EXPECT_EQ(reinterpret_cast<const char*>(&checkpoint.name_), reinterpret_cast<const char*>(&checkpoint) + 8);
+    const SizeLimiterMonitor monitor(nullptr);
+    EXPECT_EQ(reinterpret_cast<const char*>(&monitor.name_), reinterpret_cast<const char*>(&monitor) + 8);
 
     const auto cache = std::make_shared<fakes::FakeStorageCache>();
     cache->values[{Store::EventSchema, "event_schema", "timestamp"}] = "1790000000000";

@@ -239,6 +239,11 @@ TEST_F(ReplayTool, NamesWhatIsWrongWithADevice) {
         {R"({"app_overrides":{"1":{"0":{}}}})",
          " app_overrides.1.0: 0 stands for no application, which has no overrides"},
         {R"({"events_in_verification":["a",1]})", " events_in_verification[1]: expected a string"},
+        {R"({"feature_gates":{"arvo_mobile_telemetry_intake":true}})",
+         " feature_gates.arvo_mobile_telemetry_intake: unknown member"},
+        {R"({"dynamic_telemetry":{"records":[{"fetch":{"outcome":"NoChange"}}]}})",
+         " dynamic_telemetry.records[0].fetch.outcome: expected noChange, persistSuccess, persistError, parseError, "
+         "endpointError or userTokenEmpty"},
         {R"({"dynamic_telemetry":{"events":{"a":{"sample_rate":"1"}}}})",
          " dynamic_telemetry.events.a.sample_rate: expected a number"},
         {R"({"dynamic_telemetry":{"events":{"a":{"sample_rate":1.5}}}})",
@@ -357,7 +362,7 @@ TEST_F(ReplayTool, TracesAndExplainsItself) {
     EXPECT_NE(read("text").find("Exit status:"), std::string::npos) << read("text");
 }
 
-TEST_F(ReplayTool, DrawsABarOnATerminalOnly) {
+TEST_F(ReplayTool, TerminalsGetABarAndColours) {
     if (sh("script -qec true /dev/null </dev/null") != 0) GTEST_SKIP() << "no pseudo-terminal to be had";
     write("in", kGoodLine);
     EXPECT_EQ(sh("script -qec \"$TOOL run in -o out\" /dev/null </dev/null >screen"), 0);
@@ -366,6 +371,11 @@ TEST_F(ReplayTool, DrawsABarOnATerminalOnly) {
     EXPECT_EQ(read("screen").find("[#"), std::string::npos) << "the output is on the terminal too";
     EXPECT_EQ(sh("script -qec \"$TOOL run in --quiet -o out; cat in | $TOOL run -q -o out\" /dev/null >screen"), 0);
     EXPECT_EQ(read("screen"), "");
+    EXPECT_EQ(sh("script -qec \"$TOOL explain in; NO_COLOR=1 $TOOL explain in\" /dev/null </dev/null >screen"), 0);
+    const std::string screen = read("screen");
+    EXPECT_NE(screen.find("\x1B[1mlaunch\x1B[0m  in:1"), std::string::npos) << screen;
+    EXPECT_NE(screen.find("\nlaunch  in:1"), std::string::npos) << screen;
+    EXPECT_EQ(screen.rfind("\x1B[1m"), screen.find("\x1B[1m"));
 }
 
 TEST_F(ReplayTool, SaysWhyAnEventIsDropped) {
@@ -379,7 +389,12 @@ TEST_F(ReplayTool, SaysWhyAnEventIsDropped) {
             "rare": {"refill_count": 1, "max_events": 1, "window_seconds": 3600}, "odt_4": {"max_events": 0},
             "telemetry_event_filtering_audit": {}}},
         "checkpointed_uids": [1010187],
-        "dynamic_telemetry": {"seed": 7, "events": {"no": {"keep": false}, "some": {"sample_rate": 0.125}}}})");
+        "dynamic_telemetry": {"seed": 7, "events": {"no": {"keep": false}, "some": {"sample_rate": 0.125}}, "records": [
+            {"at_ms": 201, "guard": {}},
+            {"at_ms": 200, "fetch": {"finished_us": 1999, "outcome": "userTokenEmpty", "fetched_config_id": "f",
+                                     "active_config_id": "a"}},
+            {"at_ms": 200, "monitor": {"config_id": "c", "processed_event_name": "p", "logging_duration_ms": 3}},
+            {"at_ms": 199, "guard": {"config_id": "c", "logging_duration_ms": 2, "metrics": {"m": 5}}}]}})");
     const std::string breach =
         R"({"bundle":{"caller":false,"event":"rare","rate":2.0,)"
         R"("utl_realtime_ms":0,"utl_uptime_ms":0},"name":"telemetry_service_event_rate_limit_breach","reported_at":"in:2","uid":1000})";
@@ -387,6 +402,19 @@ TEST_F(ReplayTool, SaysWhyAnEventIsDropped) {
         return std::string(R"({"bundle":{"is_checkpointed":)") + state + times +
                R"(},"name":"arvo_telemetry_checkpoint_status_monitor","reported_at":"in:)" + std::to_string(line) +
                R"(","uid":)" + std::to_string(uid) + "}\n";
+    };
+    const auto fingerprints = [](const std::string& pathway, int line) {
+        return R"({"bundle":{"event_identifier":"verified_0","event_name":"verified","fields_number":0,)"
+               R"("hash_value":797982799,"hash_value_without_timestamp":797982799,"original_utl_realtime_ms":0,)"
+               R"("pathway":")" +
+               pathway + R"(","utl_realtime_ms":0,"utl_uptime_ms":0},)" +
+               R"("name":"arvo_mobile_telemetry_statsd_verification_monitor","reported_at":"in:)" +
+               std::to_string(line) + R"(","uid":1000})" + "\n";
+    };
+    const auto record = [](const std::string& members, const std::string& name) {
+        return R"({"bundle":{)" + members + R"(,"utl_realtime_ms":200,"utl_uptime_ms":200},)" +
+               R"("name":"telemetry_service_dynamic_telemetry_)" + name + R"(","reported_at":"in:11","uid":1000})" +
+               "\n";
     };
     // The end of a line that is an event, and of the same line among the drops; none if it is kept.
     const std::pair<std::string, const char*> lines[] = {
@@ -457,14 +485,21 @@ TEST_F(ReplayTool, SaysWhyAnEventIsDropped) {
     EXPECT_EQ(sh(run + "out in --schema schema"), 0);
     EXPECT_EQ(readUnaudited("drops"), drops);
     EXPECT_EQ(readUnaudited("reports"),
-              breach + "\n" + status("true", R"(,"utl_realtime_ms":99,"utl_uptime_ms":9)", 6, 1010187) +
+              breach + "\n" + fingerprints("HAL Atom", 4) + fingerprints("JSON Bundle", 5) +
+                  status("true", R"(,"utl_realtime_ms":99,"utl_uptime_ms":9)", 6, 1010187) +
                   status("false", R"(,"utl_realtime_ms":0,"utl_uptime_ms":0)", 7, 1000) +
                   R"({"bundle":{"caller":false,"event":"ondemand_statsd_utl","event_identifier":"odt_4",)"
                   R"("rate":1.0,"utl_realtime_ms":0,"utl_uptime_ms":0},)"
                   R"("name":"telemetry_service_event_rate_limit_breach","reported_at":"in:9",)"
                   R"("uid":1000})"
-                  "\n");
-    EXPECT_TRUE(read("err").starts_with(summary(19, 21, 26, 14, 0, in.size()))) << read("err");
+                  "\n" +
+                  record(R"("dynamic_telemetry_config_id":"c","logging_duration_ms":2,"m":5)", "guard_performance") +
+                  record(R"("dynamic_telemetry_config_id":"c","logging_duration_ms":3,"processed_event_name":"p")",
+                         "monitor") +
+                  record(R"("active_dynamic_telemetry_config_id":"a","fetch_finished_ms":1,"fetch_outcome":)"
+                         R"("userTokenEmpty","fetched_dynamic_telemetry_config_id":"f")",
+                         "config_performance"));
+    EXPECT_TRUE(read("err").starts_with(summary(19, 30, 35, 14, 0, in.size()))) << read("err");
     EXPECT_NE(
         read("reports").find(
             R"("consent_state":32,"data_use_consent":false,"event_category":"NON_ESSENTIAL_WITH_OTHER_CONSENT",)"
@@ -624,6 +659,113 @@ TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
             "e\n  hash                    none, for want of a salt\n"
             "  category                UNCATEGORIZED\n  only purpose            none" +
             kept("no"));
+}
+
+TEST_F(ReplayTool, ExplainsWhatEachStageDoes) {
+    write("device", R"({"feature_gates": {"arvo_mobile_telemetry_intake_monitor": true},
+        "device_ids": {"morlek": "m"}, "clock": {"adjusted": true, "time_ms": 1790000000000, "boot_time_ms": 10000}})");
+    const std::string op = R"({"name":"arvo_sensitive_app_ops_monitor","bundle":{"op_caller_android_uid":7,"v":["x"],)"
+                           R"("op_caller_package":"p","sdk_app_package":{"a\u001b":1}}})";
+    write("in", op + "\n[]\n" + op + R"(
+{"name":"generic","data":{},"format":"atom","atom_id":111222}
+{"name":"telemetry_event_filtering_performance","data":{}})");
+    EXPECT_EQ(sh("$TOOL explain in --device device --line 3 --line 4 >text; $TOOL run in --device device >out"), 1);
+    const std::string kept = R"(arvo_sensitive_app_ops_monitor  in:3, uid 1000, JSON Bundle
+  intake_monitor                observed
+  size_limiter_monitor          observed
+  statsd_verification_monitor   observed
+  telemetry_state_guard         passed
+  pathway_guard                 passed
+  account_checkpoint_guard      passed
+  event_filter_guard            passed
+    ~ uid 1000 -> 7
+    + event_schema_timestamp 0
+    + header.consent_state "0"
+  rate_limiter_guard            passed
+  dynamic_telemetry_guard       passed
+    + dynamic_telemetry_config_id ""
+    + applied_sample_rate 1
+  device_info_applier           applied
+    device_id_applier           applied
+      + header.morlek_device_id "m"
+    osutils_device_id_applier   applied
+      + device_serial "Unknown"
+    device_setting_applier      applied
+      + managed_mode 0
+      + account_mode -1
+    system_property_applier     applied
+  identity_applier              applied
+    + header.id "0"
+  application_info_applier      applied
+    package_info_applier        applied
+      ~ sdk_app_package {"a\u001b":1} -> ""
+      + sdk_app_package_version_name ""
+      + sdk_app_package_version_code 0
+      + fg_app_package_name ""
+      + fg_app_package_version ""
+  seq_num_applier               applied
+    + global_sequence_number 8
+    + per_type_sequence_number 2
+  sessions_applier              applied
+    + __sessions_v2 ""
+  timestamp_applier             applied
+    + adjusted true
+    + timestamp 1789999990000
+  kept
+)";
+    const std::string dropped = R"(
+generic  in:4, uid 1000, Generic Atom
+  intake_monitor                observed
+    reported telemetry_event_intake_monitor_audit
+      event_name "generic", intake_format "Generic Atom", low_latency false, processing_pipeline "JSON Bundle",
+      utl_logging_package "", utl_realtime_ms 0, utl_uptime_ms 0
+  size_limiter_monitor          observed
+  statsd_verification_monitor   observed
+  telemetry_state_guard         passed
+  pathway_guard                 dropped: pathway.generic_atom
+    counter "guard_pathway_dropped", format "Generic Atom"
+  not reached:
+    account_checkpoint_guard, event_filter_guard, rate_limiter_guard, dynamic_telemetry_guard, device_info_applier,
+    identity_applier, application_info_applier, seq_num_applier, sessions_applier, timestamp_applier
+
+)";
+    const size_t third = read("out").find(R"("global_sequence_number":8,)");
+    const size_t start = read("out").rfind('\n', third) + 1;
+    const std::string output = read("out").substr(start, read("out").find('\n', third) + 1 - start);
+    EXPECT_EQ(read("text"), kept + output + dropped);
+    EXPECT_EQ(read("err").substr(0, read("err").find('\n')), "in:2: expected an object");
+
+    const std::string json = "$TOOL explain --json in --device device -o out --name ";
+    EXPECT_EQ(sh(json + "arvo_sensitive_app_ops_monitor --name generic --line 3"), 1);
+    const std::string line = read("out");
+    EXPECT_TRUE(line.ends_with(R"(,"output":)" + output.substr(0, output.size() - 1) + "}\n")) << line;
+    for (const char* part : {R"({"format":"JSON Bundle","identifier":"arvo_sensitive_app_ops_monitor","name":)"
+                             R"("arvo_sensitive_app_ops_monitor","place":"in:3","stages":[{"fate":"observed","kind":)"
+                             R"("monitor","name":"intake_monitor"},)",
+                             R"({"changes":[{"field":"uid","in":"event","new":7,"old":1000},{"field":)"
+                             R"("event_schema_timestamp","in":"data","new":0},{"field":"consent_state","in":"header",)"
+                             R"("new":"0"}],"fate":"passed","kind":"guard","name":"event_filter_guard"},)",
+                             R"("name":"osutils_device_id_applier","within":"device_info_applier"},)"}) {
+        EXPECT_NE(line.find(part), std::string::npos) << line;
+    }
+    EXPECT_EQ(sh(json + "generic --name telemetry_event_filtering_performance"), 1);
+    for (const char* part : {R"("reports":[{"bundle":{"event_name":"generic","intake_format":"Generic Atom",)",
+                             R"({"fate":"not_reached","kind":"guard","name":"account_checkpoint_guard"},)",
+                             R"("dropped":{"counter":"guard_pathway_dropped","format":"Generic Atom",)",
+                             R"({"fate":"blocked","kind":"applier","name":"identity_applier"},)"}) {
+        EXPECT_NE(read("out").find(part), std::string::npos) << part;
+    }
+
+    // Monitor events only by name, and no more than the first; nothing is read any more then.
+    EXPECT_EQ(sh(json + "telemetry_event_filtering_audit --first 1 && wc -l <out >lines"), 0);
+    EXPECT_NE(read("out").find(R"("reported_at":"in:1")"), std::string::npos);
+    EXPECT_EQ(read("lines"), "1\n");
+    EXPECT_EQ(sh("$TOOL explain --device device in --line 1 | grep -c '^[a-z]' >lines"), 0);
+    EXPECT_EQ(read("lines"), "1\n");
+    EXPECT_EQ(sh("$TOOL explain in --line 2 --line 9"), 1);
+    EXPECT_EQ(read("err"), "in:2: expected an object\nnone of the events was chosen\n");
+    EXPECT_EQ(sh("$TOOL explain in --line 0"), 2);
+    EXPECT_TRUE(read("err").starts_with("--line: expected a positive integer\n"));
 }
 
 TEST_F(ReplayTool, ReportsThatBegetReportsComeToAnEnd) {

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "replay/EventDecoder.h"
+#include "replay/Journey.h"
+#include "replay/JourneyText.h"
+#include "replay/OutputFile.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+/// Which events are to be explained: those to which everything that is given applies. Events that the pipeline itself
+/// reported are among them only if their names are given.
+struct ExplainChoice {
+    std::set<uint64_t> lines;       // empty: of any line
+    std::set<std::string> names;    // empty: of any name
+    std::optional<uint64_t> first;  // that many at most
+};
+
+/// Writes the journeys of chosen events.
+class Explainer {
+public:
+    enum class Format { Text, ColouredText, Json };
+
+    /// The output must outlive it.
+    Explainer(ExplainChoice choice, OutputFile& output, Format format)
+        : choice_(std::move(choice)), output_(output), format_(format) {}
+
+    /// Begins the journey of an event, which the line describes, through these stages. It is lent until the next call;
+    /// null if the event is not chosen.
+    Journey* begin(const LinePlace& place, bool isReport, const TelemetryEvent& event, std::string_view line,
+                   const std::vector<Journey::Stage>& stages);
+    /// Writes the journey begun last, if there was one.
+    void end(const Outcome& outcome);
+
+    uint64_t explained() const { return explained_; }
+    /// Whether no event can be chosen any more after that line.
+    bool isDone(uint64_t line, bool isOfLastFile) const;
+
+private:
+    bool isChosen(const LinePlace& place, bool isReport, const std::string& name) const;
+
+    const ExplainChoice choice_;
+    OutputFile& output_;
+    const Format format_;
+    EventDecoder decoder_;
+    std::optional<Journey> journey_;
+    uint64_t explained_ = 0;
+};
+
+}  // namespace Velo::OS::Telemetry::replay
