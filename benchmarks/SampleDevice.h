@@ -54,8 +54,11 @@ inline replay::Device sampleDevice() {
     return device;
 }
 
-/// Adds what the appliers add on that device.
-inline void addApplied(Json::Value& data, std::map<std::string, std::string>& properties) {
+/// The document of an event with this data, and what the appliers add to it on that device.
+inline Json::Value appliedDocument(const Json::Value& sample, std::map<std::string, std::string>& properties) {
+    Json::Value document;
+    document["event_name"] = kSampleName;
+    Json::Value& data = document["data"] = sample;
     data["realtime"] = false;
     data["device_serial"] = "Unknown";
     data["managed_mode"] = 0;
@@ -73,6 +76,7 @@ inline void addApplied(Json::Value& data, std::map<std::string, std::string>& pr
     data["timestamp"] = Json::UInt64{8452311};
     properties["morlek_device_id"] = "d41d5c2b-0f67-4f3e-9a35-6c8e1b7a2f90";
     properties["id"] = "100004217733019";
+    return document;
 }
 
 }  // namespace Velo::OS::Telemetry::benchmarks

@@ -17,12 +17,8 @@ void floorOfAppliers(benchmark::State& state) {
     const Json::Value sample = sampleData();
     const Allocations allocations(state);
     for (auto _ : state) {
-        Json::Value document;
-        document["event_name"] = kSampleName;
-        Json::Value& data = document["data"] = sample;
         std::map<std::string, std::string> properties;
-        addApplied(data, properties);
-        benchmark::DoNotOptimize(document);
+        benchmark::DoNotOptimize(appliedDocument(sample, properties));
         benchmark::DoNotOptimize(properties);
     }
 }

@@ -32,11 +32,9 @@ void floorOfPipeline(benchmark::State& state) {
     ReusedWriter writer;
     const Allocations allocations(state);
     for (auto _ : state) {
-        Json::Value document;
-        document["event_name"] = kSampleName;
-        Json::Value& data = document["data"] = sample;
         std::map<std::string, std::string> properties;
-        addApplied(data, properties);
+        Json::Value document = appliedDocument(sample, properties);
+        Json::Value& data = document["data"];
         data["event_schema_timestamp"] = Json::UInt64{1741759200000};
         data["dynamic_telemetry_config_id"] = "c-2025-03-11";
         data["applied_sample_rate"] = Json::UInt64{1};

@@ -4,7 +4,6 @@
 
 #include "replay/CompactJson.h"
 #include "replay/Escape.h"
-#include "telemetry/BundleToJson.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -13,13 +12,6 @@ namespace {
 using Kind = Journey::Kind;
 using Part = Journey::Part;
 using Stage = Journey::Stage;
-
-Json::Value bodyOf(const MonitorReport& report) {
-    android::os::PersistableBundle body = report.body;  // the conversion may change it
-    Json::Value json(Json::objectValue);
-    convertBundleToJson(body, json);
-    return json;
-}
 
 const Dropped* dropOf(const Outcome& outcome, const Stage& stage) {
     const Dropped* dropped = std::get_if<Dropped>(&outcome);
@@ -94,7 +86,7 @@ private:
         }
         for (const MonitorReport& report : stage.reports) {
             text_ += indent + "  " + painted(kCyan, "reported " + escaped(report.name)) + "\n";
-            members(bodyOf(report), indent + "    ");
+            members(toJson(report)["bundle"], indent + "    ");
         }
         for (const Journey::Change& change : stage.changes) changed(change, indent + "  ");
     }
@@ -140,12 +132,7 @@ Json::Value toJson(const Stage& stage, const Outcome& outcome) {
     json["kind"] = kKinds[static_cast<int>(stage.kind)];
     if (!stage.within.empty()) json["within"] = stage.within;
     json["fate"] = fateOf(stage, outcome);
-    for (const MonitorReport& report : stage.reports) {
-        Json::Value& reported = json["reports"].append({});
-        reported["name"] = report.name;
-        reported["uid"] = report.uid;
-        reported["bundle"] = bodyOf(report);
-    }
+    for (const MonitorReport& report : stage.reports) json["reports"].append(toJson(report));
     for (const Journey::Change& change : stage.changes) {
         Json::Value& changed = json["changes"].append({});
         changed["field"] = change.field;

@@ -29,12 +29,17 @@ std::unique_ptr<TelemetryEventBundle> toEvent(const MonitorReport& report) {
     return std::make_unique<TelemetryEventBundle>(report.name, report.uid, false, report.body);
 }
 
-std::string toLine(const MonitorReport& report, const LinePlace& place) {
-    Json::Value line;
-    line["name"] = report.name;
-    line["uid"] = report.uid;
+Json::Value toJson(const MonitorReport& report) {
+    Json::Value json;
+    json["name"] = report.name;
+    json["uid"] = report.uid;
     android::os::PersistableBundle body = report.body;  // the conversion may change it
-    convertBundleToJson(body, line["bundle"] = Json::Value(Json::objectValue));
+    convertBundleToJson(body, json["bundle"] = Json::Value(Json::objectValue));
+    return json;
+}
+
+std::string toLine(const MonitorReport& report, const LinePlace& place) {
+    Json::Value line = toJson(report);
     line["reported_at"] = escaped(toText(place));
     return toCompactJson(line);
 }

@@ -31,6 +31,9 @@ MonitorReport openReport(const android::os::PersistableBundle& envelope, uint32_
 
 std::unique_ptr<TelemetryEventBundle> toEvent(const MonitorReport& report);
 
+/// The report as a line of input says it: "name", "uid" and "bundle".
+Json::Value toJson(const MonitorReport& report);
+
 /// The report as a line of input, without its newline. The member "reported_at" names the line that brought it about.
 std::string toLine(const MonitorReport& report, const LinePlace& place);
 
