@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "replay/FileError.h"
 #include "replay/LinePlace.h"
 #include "replay/ProgressBar.h"
 
@@ -41,6 +42,18 @@ public:
         if (bar_) bar_->update(bytesDone);
     }
     void hideProgress() { bar_.reset(); }
+
+    /// Whether the action could use its files; says so if not.
+    template <typename Action>
+    bool attempt(Action action) {
+        try {
+            action();
+            return true;
+        } catch (const FileError& failure) {
+            error(failure.what());
+            return false;
+        }
+    }
 
     void summary(const Counts& counts, std::chrono::steady_clock::duration elapsed);
     /// Names and numbers.

@@ -132,7 +132,10 @@ void readOutcome(const JsonNode& node, FetchOutcome& outcome) {
 void readRecords(const JsonNode& node, Device::DynamicTelemetry::Records& records, int64_t& atMs) {
     const auto readMetrics = [](std::unordered_map<std::string, int64_t>& metrics) {
         return [&metrics](const JsonNode& member) {
-            member.members([&](const std::string& name, const JsonNode& metric) { metric.read(metrics[name]); });
+            member.members([&](const std::string& name, const JsonNode& metric) {
+                if (name.find('\0') != std::string::npos) metric.fail("a key cannot hold a NUL");
+                metric.read(metrics[name]);
+            });
         };
     };
     const auto readGuardLog = [&](const JsonNode& guard) {

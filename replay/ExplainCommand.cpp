@@ -17,28 +17,31 @@ bool wantsColour(const OutputFile& output) {
     return output.isTerminal() && (!noColour || *noColour == '\0');
 }
 
+ExitStatus explainFiles(RunFiles& files, const ExplainOptions& options, Console& console) {
+    using Format = Explainer::Format;
+    DeskDevice device(files, std::nullopt, console);
+    files.emptyOutputs();
+    const Format textFormat = wantsColour(files.output) ? Format::ColouredText : Format::Text;
+    Explainer explainer(options.choice, files.output, options.json ? Format::Json : textFormat);
+    Replay replay(files, device.pipeline(), console, Replay::BadLines::Continue, &explainer);
+    bool usable = console.attempt([&] { replay.run(); });
+    usable &= console.attempt([&] { files.output.close(); });
+    if (!usable) return ExitStatus::Unusable;
+    if (explainer.explained() == 0) console.error("none of the events was chosen");
+    return explainer.explained() > 0 && replay.counts().bad == 0 ? ExitStatus::Success : ExitStatus::BadInput;
+}
+
 }  // namespace
 
 ExitStatus explainCommand(const ExplainOptions& options) {
-    using Format = Explainer::Format;
     Console console(/*quiet=*/false);
     const LibraryLog libraryLog(console);
-    try {
+    ExitStatus status = ExitStatus::Unusable;
+    console.attempt([&] {
         RunFiles files = openRunFiles(options.run);
-        DeskDevice device(files, std::nullopt, console);
-        files.emptyOutputs();
-        const Format textFormat = wantsColour(files.output) ? Format::ColouredText : Format::Text;
-        Explainer explainer(options.choice, files.output, options.json ? Format::Json : textFormat);
-        Replay replay(files, device.pipeline(), console, Replay::BadLines::Continue, &explainer);
-        replay.run();
-        files.output.close();
-        if (explainer.explained() == 0) console.error("none of the events was chosen");
-        const bool isGood = explainer.explained() > 0 && replay.counts().bad == 0;
-        return isGood ? ExitStatus::Success : ExitStatus::BadInput;
-    } catch (const FileError& error) {
-        console.error(error.what());
-        return ExitStatus::Unusable;
-    }
+        status = explainFiles(files, options, console);
+    });
+    return status;
 }
 
 }  // namespace Velo::OS::Telemetry::replay

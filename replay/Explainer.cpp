@@ -18,7 +18,7 @@ Journey* Explainer::begin(const LinePlace& place, bool isReport, const Telemetry
                           const std::vector<Journey::Stage>& stages) {
     journey_.reset();
     if (!isChosen(place, isReport, event.name())) return nullptr;
-    // Another one of its kind shows what it is like: to convert the event itself would be a step of its journey.
+    // Shows what the event is like. To have the event itself converted to JSON would change what the stages see.
     EventDecoder::Decoded decoded = decoder_.decode(line);
     const auto* twin = std::get_if<std::unique_ptr<TelemetryEventBundle>>(&decoded);
     if (!twin) return nullptr;
@@ -31,8 +31,10 @@ Journey* Explainer::begin(const LinePlace& place, bool isReport, const Telemetry
 bool Explainer::isChosen(const LinePlace& place, bool isReport, const std::string& name) const {
     if (choice_.first && explained_ >= *choice_.first) return false;
     if (isReport && choice_.names.empty()) return false;
-    return admits(choice_.lines, place.line) && admits(choice_.names, name);
+    return concerns(place) && admits(choice_.names, name);
 }
+
+bool Explainer::concerns(const LinePlace& place) const { return admits(choice_.lines, place.line); }
 
 void Explainer::end(const Outcome& outcome) {
     if (!journey_) return;

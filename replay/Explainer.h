@@ -38,6 +38,8 @@ public:
     void end(const Outcome& outcome);
 
     uint64_t explained() const { return explained_; }
+    /// Whether the choice speaks of that line, be it of an event or not.
+    bool concerns(const LinePlace& place) const;
     /// Whether no event can be chosen any more after that line.
     bool isDone(uint64_t line, bool isOfLastFile) const;
 

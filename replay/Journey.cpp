@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <utility>
 
+#include "replay/CompactJson.h"
+
 namespace Velo::OS::Telemetry::replay {
 
 Journey::Journey(Event event, Json::Value data, std::vector<Stage> stages)
     : event_(std::move(event)),
-      parts_{std::move(data), Json::objectValue, Json::objectValue},
+      data_(std::move(data)),
+      parts_{data_, Json::objectValue, Json::objectValue},
       stages_(std::move(stages)) {
     parts_[static_cast<size_t>(Part::Event)]["uid"] = event_.uid;
 }
@@ -21,22 +24,23 @@ void Journey::enter(const std::string& stage) {
 
 void Journey::enterWithin(const std::string& stage) {
     const Stage& outer = stages_[current_];
-    Stage inner{outer.kind, stage, outer.within.empty() ? outer.name : outer.within, true, {}, {}};
+    Stage inner{outer.kind, stage, outer.within.empty() ? outer.name : outer.within, true, {}};
     ++current_;
     stages_.insert(stages_.begin() + static_cast<std::ptrdiff_t>(current_), std::move(inner));
 }
 
-void Journey::report(const MonitorReport& report) { stages_[current_].reports.push_back(report); }
+void Journey::report(const MonitorReport& report) { stages_[current_].steps.emplace_back(report); }
 
 void Journey::set(Part part, const std::string& field, Json::Value value) {
     Json::Value& members = parts_[static_cast<size_t>(part)];
     Change change{part, field, std::nullopt, std::move(value)};
     if (const Json::Value* before = members.find(field.data(), field.data() + field.size())) {
-        if (*before == change.after) return;
+        // As they will be written: to jsoncpp a number is not equal to one of another type.
+        if (toCompactJson(*before) == toCompactJson(change.after)) return;
         change.before = *before;
     }
     members[field] = change.after;
-    stages_[current_].changes.push_back(std::move(change));
+    stages_[current_].steps.emplace_back(std::move(change));
 }
 
 }  // namespace Velo::OS::Telemetry::replay

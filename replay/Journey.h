@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "replay/LinePlace.h"
@@ -33,8 +34,7 @@ public:
         std::string name;
         std::string within;  // the stage that ran this one; empty: the pipeline did
         bool entered = false;
-        std::vector<MonitorReport> reports;
-        std::vector<Change> changes;
+        std::vector<std::variant<MonitorReport, Change>> steps;
     };
 
     struct Event {
@@ -50,21 +50,27 @@ public:
     Journey(Event event, Json::Value data, std::vector<Stage> stages);
 
     const Event& event() const { return event_; }
+    /// As it was before the first stage.
+    const Json::Value& data() const { return data_; }
     const std::vector<Stage>& stages() const { return stages_; }
+    /// The stage that was entered last.
+    const Stage& current() const { return stages_[current_]; }
 
+    /// The event enters the next of the stages.
     void enter(const std::string& stage);
-    /// The stage that was entered last has another one work on the event.
+    /// The current stage has another one, which is none of them, work on the event, and waits for it.
     void enterWithin(const std::string& stage);
 
-    // What the stage that was entered last does.
+    // What the current stage does.
     void report(const MonitorReport& report);
     void set(Part part, const std::string& field, Json::Value value);
 
 private:
     Event event_;
+    Json::Value data_;
     std::array<Json::Value, 3> parts_;  // so far
     std::vector<Stage> stages_;
-    size_t current_ = 0;  // stage
+    size_t current_ = 0;
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -10,7 +10,6 @@ namespace Velo::OS::Telemetry::replay {
 namespace {
 
 using Kind = Journey::Kind;
-using Part = Journey::Part;
 using Stage = Journey::Stage;
 
 const Dropped* dropOf(const Outcome& outcome, const Stage& stage) {
@@ -19,9 +18,10 @@ const Dropped* dropOf(const Outcome& outcome, const Stage& stage) {
 }
 
 /// What the stage did with the event as a whole.
-std::string fateOf(const Stage& stage, const Outcome& outcome) {
-    // A kept event has met every stage but those from which it is barred.
-    if (!stage.entered) return std::holds_alternative<Dropped>(outcome) ? "not_reached" : "blocked";
+std::string fateOf(const Journey& journey, const Stage& stage, const Outcome& outcome) {
+    const bool wasCutShort = std::holds_alternative<Dropped>(outcome) || std::holds_alternative<Failed>(outcome);
+    if (!stage.entered) return wasCutShort ? "not_reached" : "blocked";
+    if (std::holds_alternative<Failed>(outcome) && &stage == &journey.current()) return "failed";
     if (stage.kind == Kind::Monitor) return "observed";
     if (stage.kind == Kind::Applier) return "applied";
     return dropOf(outcome, stage) ? "dropped" : "passed";
@@ -35,11 +35,8 @@ public:
         headline(journey.event());
         std::vector<std::string> notReached;
         for (const Stage& stage : journey.stages()) {
-            if (!stage.entered && std::holds_alternative<Dropped>(outcome)) {
-                notReached.push_back(stage.name);
-            } else {
-                paragraph(stage, outcome);
-            }
+            const std::string fate = fateOf(journey, stage, outcome);
+            fate == "not_reached" ? notReached.push_back(stage.name) : paragraph(journey, stage, fate, outcome);
         }
         if (!notReached.empty()) {
             text_ += "  " + painted(kDim, "not reached:") + "\n";
@@ -69,26 +66,35 @@ private:
         text_ += "\n";
     }
 
-    void paragraph(const Stage& stage, const Outcome& outcome) {
+    void paragraph(const Journey& journey, const Stage& stage, const std::string& fate, const Outcome& outcome) {
         const std::string indent = stage.within.empty() ? "  " : "    ";
-        const std::string fate = fateOf(stage, outcome);
-        const char* colour = fate == "dropped" ? kRed : fate == "passed" ? kGreen : kDim;
+        const char* colour = fate == "dropped" || fate == "failed" ? kRed : fate == "passed" ? kGreen : kDim;
         std::string name = indent + stage.name;
         name.resize(kFateColumn, ' ');
         text_ += name + painted(colour, fate);
-        if (const Dropped* drop = dropOf(outcome, stage)) {
-            text_ += ": " + drop->why["reason"].asString() + "\n";
-            Json::Value details = drop->why;
-            for (const char* said : {"guard", "reason"}) details.removeMember(said);
-            members(details, indent + "  ");
-        } else {
-            text_ += "\n";
+        if (fate == "failed") text_ += ": " + escaped(std::get<Failed>(outcome).reason);
+        const Dropped* drop = dropOf(outcome, stage);
+        if (drop) text_ += ": " + drop->why["reason"].asString();
+        text_ += "\n";
+        for (const auto& step : stage.steps) {
+            if (const auto* report = std::get_if<MonitorReport>(&step)) {
+                reported(*report, journey.event().uid, indent + "  ");
+            } else {
+                changed(std::get<Journey::Change>(step), indent + "  ");
+            }
         }
-        for (const MonitorReport& report : stage.reports) {
-            text_ += indent + "  " + painted(kCyan, "reported " + escaped(report.name)) + "\n";
-            members(toJson(report)["bundle"], indent + "    ");
-        }
-        for (const Journey::Change& change : stage.changes) changed(change, indent + "  ");
+        if (!drop) return;
+        Json::Value details = drop->why;
+        for (const char* said : {"guard", "reason"}) details.removeMember(said);
+        text_ += indent + "  because\n";
+        members(details, indent + "    ");
+    }
+
+    void reported(const MonitorReport& report, uint32_t eventUid, const std::string& indent) {
+        text_ += indent + painted(kCyan, "reported " + escaped(report.name));
+        if (report.uid != eventUid) text_ += ", uid " + std::to_string(report.uid);
+        text_ += "\n";
+        members(toJson(report)["bundle"], indent + "  ");
     }
 
     void members(const Json::Value& object, const std::string& indent) {
@@ -113,32 +119,38 @@ private:
 
     void changed(const Journey::Change& change, const std::string& indent) {
         text_ += indent + (change.before ? painted(kYellow, "~ ") : painted(kGreen, "+ "));
-        text_ += (change.part == Part::Header ? "header." : "") + escaped(change.field) + " ";
+        text_ += kPrefixes[static_cast<int>(change.part)] + escaped(change.field) + " ";
         if (change.before) text_ += shown(*change.before) + " -> ";
         text_ += shown(change.after) + "\n";
     }
 
+    static constexpr const char* kPrefixes[] = {"", "header.", "event."};
     static constexpr size_t kFateColumn = 32, kWidth = 118;
 
     const bool hasColour_;
     std::string text_;
 };
 
-Json::Value toJson(const Stage& stage, const Outcome& outcome) {
-    static constexpr const char* kKinds[] = {"monitor", "guard", "applier"};
+Json::Value toJson(const Journey::Change& change) {
     static constexpr const char* kParts[] = {"data", "header", "event"};
+    Json::Value json;
+    json["field"] = change.field;
+    json["in"] = kParts[static_cast<int>(change.part)];
+    if (change.before) json["old"] = *change.before;
+    json["new"] = change.after;
+    return json;
+}
+
+Json::Value toJson(const Journey& journey, const Stage& stage, const Outcome& outcome) {
+    static constexpr const char* kKinds[] = {"monitor", "guard", "applier"};
     Json::Value json;
     json["name"] = stage.name;
     json["kind"] = kKinds[static_cast<int>(stage.kind)];
     if (!stage.within.empty()) json["within"] = stage.within;
-    json["fate"] = fateOf(stage, outcome);
-    for (const MonitorReport& report : stage.reports) json["reports"].append(toJson(report));
-    for (const Journey::Change& change : stage.changes) {
-        Json::Value& changed = json["changes"].append({});
-        changed["field"] = change.field;
-        changed["in"] = kParts[static_cast<int>(change.part)];
-        if (change.before) changed["old"] = *change.before;
-        changed["new"] = change.after;
+    json["fate"] = fateOf(journey, stage, outcome);
+    for (const auto& step : stage.steps) {
+        const bool isReport = std::holds_alternative<MonitorReport>(step);
+        json[isReport ? "reports" : "changes"].append(std::visit([](const auto& what) { return toJson(what); }, step));
     }
     return json;
 }
@@ -157,8 +169,10 @@ std::string toJsonLine(const Journey& journey, const Outcome& outcome) {
     json["uid"] = event.uid;
     json["format"] = event.format;
     json["identifier"] = event.identifier;
-    for (const Stage& stage : journey.stages()) json["stages"].append(toJson(stage, outcome));
+    for (const Stage& stage : journey.stages()) json["stages"].append(toJson(journey, stage, outcome));
+    json["data"] = journey.data();
     if (const auto* dropped = std::get_if<Dropped>(&outcome)) json["dropped"] = dropped->why;
+    if (const auto* failed = std::get_if<Failed>(&outcome)) json["bad"] = failed->reason;
     if (const auto* unwritable = std::get_if<Unwritable>(&outcome)) json["bad"] = unwritable->reason;
     std::string line = toCompactJson(json);
     // As it stands: to read and write it again could change its numbers.

@@ -41,7 +41,9 @@ LibraryLog::~LibraryLog() {
     target = nullptr;
 }
 
-void LibraryLog::setPlace(const LinePlace* place) { currentPlace = place; }
-void LibraryLog::mute(bool muted) { isMuted = muted; }
+void LibraryLog::setPlace(const LinePlace* place, bool muted) {
+    currentPlace = place;
+    isMuted = muted;
+}
 
 }  // namespace Velo::OS::Telemetry::replay

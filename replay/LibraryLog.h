@@ -16,9 +16,8 @@ public:
     ~LibraryLog();
 
     /// What the calling thread logs from now on is about this place, which must outlive the logging; null: about none.
-    static void setPlace(const LinePlace* place);
-    /// Whether what the calling thread logs from now on is not to be shown.
-    static void mute(bool muted);
+    /// If it is muted, it is not shown.
+    static void setPlace(const LinePlace* place, bool muted = false);
 };
 
 }  // namespace Velo::OS::Telemetry::replay

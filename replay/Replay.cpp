@@ -1,9 +1,11 @@
 #include "replay/Replay.h"
 
+#include <exception>
 #include <utility>
 
 #include "replay/DropLine.h"
 #include "replay/Escape.h"
+#include "replay/FileError.h"
 #include "replay/LibraryLog.h"
 #include "replay/OutputLine.h"
 
@@ -19,10 +21,7 @@ public:
     explicit LoggingPlace(const LinePlace& place) { LibraryLog::setPlace(&place); }
     LoggingPlace(const LoggingPlace&) = delete;
     LoggingPlace& operator=(const LoggingPlace&) = delete;
-    ~LoggingPlace() {
-        LibraryLog::setPlace(nullptr);
-        LibraryLog::mute(false);
-    }
+    ~LoggingPlace() { LibraryLog::setPlace(nullptr); }
 };
 
 }  // namespace
@@ -71,22 +70,47 @@ void Replay::handleLine(std::string_view line) {
 /// `line` describes the event, with the member "dropped" that it had, if any.
 void Replay::handleEvent(std::unique_ptr<TelemetryEventBundle> event, bool isReport, std::string_view line,
                          const Json::Value* earlierDrop) {
-    Journey* journey = explainer_ ? explainer_->begin(place_, isReport, *event, line, pipeline_.stages()) : nullptr;
-    LibraryLog::mute(explainer_ && !journey);  // who asks about one event is not asking about others
-    EventResult result = pipeline_.processEvent(std::move(event), journey);
-    if (result.hasError()) {
-        if (explainer_) explainer_->end(Dropped{pipeline_.explainDrop()});
+    std::optional<EventResult> result = process(std::move(event), isReport, line);
+    if (!result) return;
+    if (result->hasError()) {
+        explain(Dropped{pipeline_.explainDrop()});
         return writeDrop(line, earlierDrop);
     }
-    const std::unique_ptr<TelemetryEvent> processed = result.takeValue();
+    const std::unique_ptr<TelemetryEvent> processed = result->takeValue();
     if (!writeOutputLine(*processed, outputLine_)) {
         constexpr char kReason[] = "bundle: cannot be converted to JSON";
-        if (explainer_) explainer_->end(Unwritable{kReason});
+        explain(Unwritable{kReason});
         return reject(line, kReason);
     }
     ++counts_.kept;
-    if (explainer_) return explainer_->end(Kept{outputLine_});
+    if (explainer_) return explain(Kept{outputLine_});
     files_.output.write(outputLine_);
+}
+
+/// None if the pipeline failed, and the line is bad.
+std::optional<EventResult> Replay::process(std::unique_ptr<TelemetryEventBundle> event, bool isReport,
+                                           std::string_view line) {
+    Journey* journey = nullptr;
+    if (explainer_) {
+        // Who asks about one event is not asking about others, nor to be told everything twice.
+        LibraryLog::setPlace(&place_, /*muted=*/true);
+        journey = explainer_->begin(place_, isReport, *event, line, pipeline_.stages());
+        LibraryLog::setPlace(&place_, /*muted=*/!journey);
+    }
+    try {
+        return pipeline_.processEvent(std::move(event), journey);
+    } catch (const FileError&) {
+        throw;  // it is the store that failed
+    } catch (const std::exception& error) {
+        // A device's service would have to live with it, too.
+        explain(Failed{error.what()});
+        reject(line, std::string("the pipeline cannot process it: ") + error.what());
+        return std::nullopt;
+    }
+}
+
+void Replay::explain(const Outcome& outcome) {
+    if (explainer_) explainer_->end(outcome);
 }
 
 void Replay::writeDrop(std::string_view line, const Json::Value* earlierDrop) {
@@ -132,6 +156,7 @@ void Replay::handleLongLine(LineReader& reader) {
 }
 
 void Replay::countBad(std::string_view reason) {
+    if (explainer_ && !explainer_->concerns(place_)) return;
     ++counts_.bad;
     console_.error(place_, reason);
     stopped_ = badLines_ == BadLines::Stop;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -36,6 +37,9 @@ private:
     void handleLine(std::string_view line);
     void handleEvent(std::unique_ptr<TelemetryEventBundle> event, bool isReport, std::string_view line,
                      const Json::Value* earlierDrop);
+    std::optional<EventResult> process(std::unique_ptr<TelemetryEventBundle> event, bool isReport,
+                                       std::string_view line);
+    void explain(const Outcome& outcome);
     void writeDrop(std::string_view line, const Json::Value* earlierDrop);
     void logReports();
     void logReport(const MonitorReport& report, bool isTooFar);

@@ -43,23 +43,11 @@ void writeTrace(OutputFile& file) {
     if (!host::writeTrace(stream)) throw FileError("cannot write " + file.name());
 }
 
-/// Whether the action could use its files; says so if not.
-template <typename Action>
-bool succeeds(Console& console, Action action) {
-    try {
-        action();
-        return true;
-    } catch (const FileError& error) {
-        console.error(error.what());
-        return false;
-    }
-}
-
 bool closeAllButTrace(RunFiles& files, Console& console) {
     bool closed = true;
     for (OutputFile* file : files.outputs()) {
         const bool isTrace = files.trace && file == &*files.trace;
-        if (!isTrace) closed &= succeeds(console, [&] { file->close(); });
+        if (!isTrace) closed &= console.attempt([&] { file->close(); });
     }
     return closed;
 }
@@ -68,7 +56,7 @@ bool finishTrace(RunFiles& files, Console& console) {
     if (!files.trace) return true;
     host::stopTracing();
     if (!host::isTraceComplete()) console.warning(files.trace->name() + " lacks some slices");
-    return succeeds(console, [&] {
+    return console.attempt([&] {
         writeTrace(*files.trace);
         files.trace->close();
     });
@@ -85,10 +73,10 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     if (files.trace) host::startTracing();
 
     const auto start = std::chrono::steady_clock::now();
-    bool usable = succeeds(console, [&] { replay.run(); });
+    bool usable = console.attempt([&] { replay.run(); });
     console.hideProgress();
     usable &= closeAllButTrace(files, console);
-    usable &= succeeds(console, [&] { device.handBackSequenceNumbers(); });
+    usable &= console.attempt([&] { device.handBackSequenceNumbers(); });
     const auto elapsed = std::chrono::steady_clock::now() - start;
     usable &= finishTrace(files, console);
 
@@ -104,13 +92,12 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
 ExitStatus runCommand(const RunOptions& options) {
     Console console(options.quiet);
     const LibraryLog libraryLog(console);
-    try {
+    ExitStatus status = ExitStatus::Unusable;
+    console.attempt([&] {
         RunFiles files = openRunFiles(options);
-        return replayFiles(files, options, console);
-    } catch (const FileError& error) {
-        console.error(error.what());
-        return ExitStatus::Unusable;
-    }
+        status = replayFiles(files, options, console);
+    });
+    return status;
 }
 
 }  // namespace Velo::OS::Telemetry::replay

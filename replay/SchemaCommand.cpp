@@ -39,15 +39,14 @@ std::string describe(EventSchemaHandler& schema, const std::string& name) {
 /// Runs the command and says which file it could not use, if any.
 template <typename Command>
 ExitStatus run(Console& console, Command command) {
-    try {
+    ExitStatus status = ExitStatus::Unusable;
+    console.attempt([&] {
         OutputFile output("-");
-        const ExitStatus status = command(output);
+        const ExitStatus result = command(output);
         output.close();
-        return status;
-    } catch (const FileError& error) {
-        console.error(error.what());
-        return ExitStatus::Unusable;
-    }
+        status = result;
+    });
+    return status;
 }
 
 }  // namespace

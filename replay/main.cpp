@@ -105,8 +105,9 @@ Device: one JSON object; whatever is absent is unknown to the pipeline.
                      the wall-clock time (monotonic if not adjusted) and the time
                      since boot at which to stand still; else this machine's clocks run
 
-A bad line does not stop the run. It goes unchanged to the file that --rejects
-names, and standard error says FILE:LINE: what is wrong with which field.
+A bad line, no event or one that the pipeline cannot process, does not stop the run.
+It goes unchanged to the file that --rejects names, and standard error says FILE:LINE:
+what is wrong with which field.
 
 Exit status: 0; 1 if there was a bad line; 2 for a wrong call or a file that
 cannot be opened, read or written.
@@ -121,32 +122,35 @@ constexpr char kExplainDescription[] = "Shows what each stage of the pipeline do
 
 constexpr char kExplainFooter[] = R"(
 An event is chosen if every option that is given applies to it: it stands on one of
-the lines, bears one of the names, is among the first N of these. Monitor events
-themselves are only chosen by name. All events before a chosen one are processed too,
-for what becomes of it may hang on them; sequence numbers start at 1.
+the lines of its file, bears one of the names, is among the first N of these. Monitor
+events themselves are only chosen by name. All events before a chosen one are processed
+too, for what becomes of it may hang on them: sequence numbers start at 1, and windows
+of rate limits pass by this machine's clock, also while a pager makes the tool wait.
 
 Text: a headline with the event's name, place, uid and format; then, in order, each
 stage and
   observed, passed, applied   what the stage did: it is a monitor, guard or applier
-  dropped: REASON             and what the decision rested on; run --help has them all
-  blocked                     this applier must not touch the event
-  not reached                 by an event that was dropped
   reported NAME               a monitor event that the stage reported, and its members
   + FIELD VALUE               what the stage has added
-  ~ FIELD OLD -> NEW          what it has changed; header.FIELD is in the batch header
+  ~ FIELD OLD -> NEW          what it has changed; header.FIELD is in the batch header,
+                              event.uid the event's own
+  dropped: REASON             and because of what; run --help has them all
+  failed: REASON              the event is bad: the stage cannot process it
+  blocked                     this applier must not touch the event
+  not reached                 by an event that was dropped or bad
 then the event as run would write it, if it was kept. There is colour on a terminal,
 unless the environment has NO_COLOR.
 
 JSON: one object a line with place (reported_at for a monitor event), name, uid,
-format, identifier, stages and output, or dropped or bad. A stage has name, kind, within
-(the applier that runs it), fate (the words above, or not_reached), reports and changes;
-a change has field, in ("data", "header", or "event" for its uid), old (absent if new)
-and new.
+format, identifier, data (before the first stage), stages and output, or dropped or bad.
+A stage has name, kind, within (the applier that runs it), fate (the words above, or
+not_reached), reports and changes; a report has name, uid and bundle; a change has
+field, in ("data", "header", or "event" for its uid), old (absent if new) and new.
 
 Input, device and schema are those of run.
 
-Exit status: 0; 1 if no event was chosen or there was a bad line; 2 for a wrong call or
-a file that cannot be opened, read or written.
+Exit status: 0; 1 if no event was chosen, or a line that may be was bad; 2 for a wrong
+call or a file that cannot be opened, read or written.
 
 Examples:
   telemetry-replay explain day.jsonl --device device.json --line 12

@@ -131,6 +131,7 @@ TEST_F(ReplayTool, KeepsBadLinesAsTheyAre) {
         "{\"n\x1B\":1}\r",
         R"({"n\u001b":1})",
         R"({"name":"\u001b[2J","bundle":{"utl_array_of_bundles":1}})",
+        R"({"name":"arvo_api_permission_state_event","data":{"source":"listener","android_uid":"x"}})",
     };
     std::string input = "\xEF\xBB\xBF" + std::string(kGoodLine) + "\n";
     std::string rejects;
@@ -152,8 +153,9 @@ TEST_F(ReplayTool, KeepsBadLinesAsTheyAre) {
         "in\\u001b:5: n\\u001b: unknown member\n"
         "in\\u001b:6: warning: Event [name: \\u001b[2J] wasn't successfully converted to json.\n"
         "in\\u001b:6: bundle: cannot be converted to JSON\n"
-        "in\\u001b:7: expected an object\n";
-    EXPECT_TRUE(read("err").starts_with(messages + summary(7, 2, 3, 0, 6, input.size()))) << read("err");
+        "in\\u001b:7: the pipeline cannot process it: Value is not convertible to Int.\n"
+        "in\\u001b:8: expected an object\n";
+    EXPECT_TRUE(read("err").starts_with(messages + summary(8, 2, 3, 0, 7, input.size()))) << read("err");
 }
 
 TEST_F(ReplayTool, StopsAtTheFirstBadLineWhenStrict) {
@@ -666,37 +668,43 @@ TEST_F(ReplayTool, ExplainsWhatEachStageDoes) {
         "device_ids": {"morlek": "m"}, "clock": {"adjusted": true, "time_ms": 1790000000000, "boot_time_ms": 10000}})");
     const std::string op =
         R"({"name":"arvo_sensitive_app_ops_monitor","bundle":{"op_caller_android_uid":7,"v":["x"],)"
-        R"("op_caller_package":"p","sdk_app_package":{"a\u001b":1},"sdk_app_package_version_name":""}})";
+        R"("op_caller_package":"p","sdk_app_package":{"a\u001b":1},"sdk_app_package_version_name":"",)"
+        R"("global_sequence_number":8}})";
     write("in", op + "\n[]\n" + op + R"(
 {"name":"generic","data":{},"format":"atom","atom_id":111222}
-{"name":"telemetry_event_filtering_performance","data":{}})");
-    EXPECT_EQ(sh("$TOOL explain in --device device --line 3 --line 4 >text; $TOOL run in --device device >out"), 1);
+{"name":"telemetry_event_filtering_performance","data":{}}
+{"name":"arvo_sensitive_app_ops_monitor","data":{"op_caller_android_uid":4294967295}})");
+    EXPECT_EQ(sh("$TOOL run in --device device >out"), 1);
+    EXPECT_EQ(sh("$TOOL explain in --device device --line 3 --line 4 >text"), 0);
     const size_t third = read("out").find(R"("global_sequence_number":8,)");
     const size_t start = read("out").rfind('\n', third) + 1;
     const std::string output = read("out").substr(start, read("out").find('\n', third) + 1 - start);
     for (const std::string& part :
          {std::string("arvo_sensitive_app_ops_monitor  in:3, uid 1000, JSON Bundle\n"),
-          std::string("    ~ uid 1000 -> 7\n    + event_schema_timestamp 0\n"),
+          std::string("    ~ event.uid 1000 -> 7\n    + event_schema_timestamp 0\n"),
           std::string("~ sdk_app_package {\"a\\u001b\":1} -> \"\"\n      + sdk_app_package_version_code 0\n"),
+          std::string("  seq_num_applier               applied\n    + per_type_sequence_number 2\n"),
           "  kept\n" + output + "\ngeneric  in:4, uid 1000, Generic Atom\n"}) {
         EXPECT_NE(read("text").find(part), std::string::npos) << read("text");
     }
-    EXPECT_EQ(read("err").substr(0, read("err").find('\n')), "in:2: expected an object");
+    EXPECT_EQ(read("err"), "");
 
     const std::string json = "$TOOL explain --json in --device device -o out --name ";
-    EXPECT_EQ(sh(json + "arvo_sensitive_app_ops_monitor --name generic --line 3"), 1);
+    EXPECT_EQ(sh(json + "arvo_sensitive_app_ops_monitor --name generic --line 3"), 0);
     const std::string line = read("out");
     EXPECT_TRUE(line.ends_with(R"(,"output":)" + output.substr(0, output.size() - 1) + "}\n")) << line;
-    for (const char* part : {R"({"format":"JSON Bundle","identifier":"arvo_sensitive_app_ops_monitor","name":)"
-                             R"("arvo_sensitive_app_ops_monitor","place":"in:3","stages":[{"fate":"observed","kind":)"
-                             R"("monitor","name":"intake_monitor"},)",
-                             R"({"changes":[{"field":"uid","in":"event","new":7,"old":1000},{"field":)"
-                             R"("event_schema_timestamp","in":"data","new":0},{"field":"consent_state","in":"header",)"
-                             R"("new":"0"}],"fate":"passed","kind":"guard","name":"event_filter_guard"},)",
-                             R"("name":"osutils_device_id_applier","within":"device_info_applier"},)"}) {
+    for (const char* part :
+         {R"({"data":{"global_sequence_number":8,"op_caller_android_uid":7,"op_caller_package":"p",)",
+          R"("v":["x"]},"format":"JSON Bundle","identifier":"arvo_sensitive_app_ops_monitor","name":)"
+          R"("arvo_sensitive_app_ops_monitor","place":"in:3","stages":[{"fate":"observed","kind":)"
+          R"("monitor","name":"intake_monitor"},)",
+          R"({"changes":[{"field":"uid","in":"event","new":7,"old":1000},{"field":)"
+          R"("event_schema_timestamp","in":"data","new":0},{"field":"consent_state","in":"header",)"
+          R"("new":"0"}],"fate":"passed","kind":"guard","name":"event_filter_guard"},)",
+          R"("name":"osutils_device_id_applier","within":"device_info_applier"},)"}) {
         EXPECT_NE(line.find(part), std::string::npos) << line;
     }
-    EXPECT_EQ(sh(json + "generic --name telemetry_event_filtering_performance"), 1);
+    EXPECT_EQ(sh(json + "generic --name telemetry_event_filtering_performance --line 4 --line 5"), 0);
     for (const char* part : {R"("reports":[{"bundle":{"event_name":"generic","intake_format":"Generic Atom",)",
                              R"({"fate":"not_reached","kind":"guard","name":"account_checkpoint_guard"},)",
                              R"("dropped":{"counter":"guard_pathway_dropped","format":"Generic Atom",)",
@@ -704,12 +712,17 @@ TEST_F(ReplayTool, ExplainsWhatEachStageDoes) {
         EXPECT_NE(read("out").find(part), std::string::npos) << part;
     }
 
+    EXPECT_EQ(sh("$TOOL explain in --line 6 >text"), 1);
+    EXPECT_NE(read("text").find("event_filter_guard            failed: LargestInt out of Int range\n  not reached:\n"),
+              std::string::npos);
     // Monitor events only by name, and no more than the first; nothing is read any more then.
     EXPECT_EQ(sh(json + "telemetry_event_filtering_audit --first 1 && wc -l <out >lines"), 0);
     EXPECT_NE(read("out").find(R"("reported_at":"in:1")"), std::string::npos);
     EXPECT_EQ(read("lines"), "1\n");
     EXPECT_EQ(sh("$TOOL explain --device device in --line 1 | grep -c '^[a-z]' >lines"), 0);
     EXPECT_EQ(read("lines"), "1\n");
+    EXPECT_EQ(sh("echo '{\"name\":\"perf\",\"data\":{}}' >bad; $TOOL explain bad in --line 3 >text"), 0);
+    EXPECT_EQ(read("err"), "") << "warnings are about events that are shown";
     EXPECT_EQ(sh("$TOOL explain in --line 2 --line 9"), 1);
     EXPECT_EQ(read("err"), "in:2: expected an object\nnone of the events was chosen\n");
     EXPECT_EQ(sh("$TOOL explain in --line 0"), 2);
