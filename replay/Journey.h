@@ -53,12 +53,12 @@ public:
     /// As it was before the first stage.
     const Json::Value& data() const { return data_; }
     const std::vector<Stage>& stages() const { return stages_; }
-    /// The stage that was entered last.
+    /// The one that was entered last.
     const Stage& current() const { return stages_[current_]; }
 
     /// The event enters the next of the stages.
     void enter(const std::string& stage);
-    /// The current stage has another one, which is none of them, work on the event, and waits for it.
+    /// The current stage has another one, which is none of them, work on the event: the current one from now on.
     void enterWithin(const std::string& stage);
 
     // What the current stage does.

@@ -18,13 +18,17 @@ const Dropped* dropOf(const Outcome& outcome, const Stage& stage) {
 }
 
 /// What the stage did with the event as a whole.
-std::string fateOf(const Journey& journey, const Stage& stage, const Outcome& outcome) {
+enum class Fate { Observed, Passed, Applied, Dropped, Failed, Blocked, NotReached };
+
+constexpr const char* kFates[] = {"observed", "passed", "applied", "dropped", "failed", "blocked", "not_reached"};
+
+Fate fateOf(const Journey& journey, const Stage& stage, const Outcome& outcome) {
     const bool wasCutShort = std::holds_alternative<Dropped>(outcome) || std::holds_alternative<Failed>(outcome);
-    if (!stage.entered) return wasCutShort ? "not_reached" : "blocked";
-    if (std::holds_alternative<Failed>(outcome) && &stage == &journey.current()) return "failed";
-    if (stage.kind == Kind::Monitor) return "observed";
-    if (stage.kind == Kind::Applier) return "applied";
-    return dropOf(outcome, stage) ? "dropped" : "passed";
+    if (!stage.entered) return wasCutShort ? Fate::NotReached : Fate::Blocked;
+    if (std::holds_alternative<Failed>(outcome) && &stage == &journey.current()) return Fate::Failed;
+    if (stage.kind == Kind::Monitor) return Fate::Observed;
+    if (stage.kind == Kind::Applier) return Fate::Applied;
+    return dropOf(outcome, stage) ? Fate::Dropped : Fate::Passed;
 }
 
 class TextWriter {
@@ -35,8 +39,8 @@ public:
         headline(journey.event());
         std::vector<std::string> notReached;
         for (const Stage& stage : journey.stages()) {
-            const std::string fate = fateOf(journey, stage, outcome);
-            fate == "not_reached" ? notReached.push_back(stage.name) : paragraph(journey, stage, fate, outcome);
+            const Fate fate = fateOf(journey, stage, outcome);
+            fate == Fate::NotReached ? notReached.push_back(stage.name) : paragraph(journey, stage, fate, outcome);
         }
         if (!notReached.empty()) {
             text_ += "  " + painted(kDim, "not reached:") + "\n";
@@ -66,13 +70,14 @@ private:
         text_ += "\n";
     }
 
-    void paragraph(const Journey& journey, const Stage& stage, const std::string& fate, const Outcome& outcome) {
+    void paragraph(const Journey& journey, const Stage& stage, Fate fate, const Outcome& outcome) {
         const std::string indent = stage.within.empty() ? "  " : "    ";
-        const char* colour = fate == "dropped" || fate == "failed" ? kRed : fate == "passed" ? kGreen : kDim;
+        const bool isLost = fate == Fate::Dropped || fate == Fate::Failed;
+        const char* colour = isLost ? kRed : fate == Fate::Passed ? kGreen : kDim;
         std::string name = indent + stage.name;
         name.resize(kFateColumn, ' ');
-        text_ += name + painted(colour, fate);
-        if (fate == "failed") text_ += ": " + escaped(std::get<Failed>(outcome).reason);
+        text_ += name + painted(colour, kFates[static_cast<int>(fate)]);
+        if (fate == Fate::Failed) text_ += ": " + escaped(std::get<Failed>(outcome).reason);
         const Dropped* drop = dropOf(outcome, stage);
         if (drop) text_ += ": " + drop->why["reason"].asString();
         text_ += "\n";
@@ -147,7 +152,7 @@ Json::Value toJson(const Journey& journey, const Stage& stage, const Outcome& ou
     json["name"] = stage.name;
     json["kind"] = kKinds[static_cast<int>(stage.kind)];
     if (!stage.within.empty()) json["within"] = stage.within;
-    json["fate"] = fateOf(journey, stage, outcome);
+    json["fate"] = kFates[static_cast<int>(fateOf(journey, stage, outcome))];
     for (const auto& step : stage.steps) {
         const bool isReport = std::holds_alternative<MonitorReport>(step);
         json[isReport ? "reports" : "changes"].append(std::visit([](const auto& what) { return toJson(what); }, step));

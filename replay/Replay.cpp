@@ -67,7 +67,7 @@ void Replay::handleLine(std::string_view line) {
     }
 }
 
-/// `line` describes the event, with the member "dropped" that it had, if any.
+/// `line` describes the event, be it read or reported, with the member "dropped" that it had, if any.
 void Replay::handleEvent(std::unique_ptr<TelemetryEventBundle> event, bool isReport, std::string_view line,
                          const Json::Value* earlierDrop) {
     std::optional<EventResult> result = process(std::move(event), isReport, line);
@@ -102,7 +102,7 @@ std::optional<EventResult> Replay::process(std::unique_ptr<TelemetryEventBundle>
     } catch (const FileError&) {
         throw;  // it is the store that failed
     } catch (const std::exception& error) {
-        // A device's service would have to live with it, too.
+        // The library lets through what jsoncpp throws at a member of a wrong type. A run goes on after any event.
         explain(Failed{error.what()});
         reject(line, std::string("the pipeline cannot process it: ") + error.what());
         return std::nullopt;
