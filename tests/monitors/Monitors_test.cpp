@@ -96,7 +96,7 @@ TEST_F(Monitors, ThreadsReportIntakeOnce) {
     fakes::clocksNs.clear();
     settings->openGate = kGate;
     const auto event = [](uint32_t uid, int number) {
-        return jsonEvent(std::to_string(number), uid, IntakeFormat::JsonBundle);
+        return jsonEvent(std::to_string(number), uid, IntakeFormat::JsonBundle, R"({"utl_logging_package":"p"})");
     };
     const auto slowly = [callback = services.callback()](const auto&... report) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
