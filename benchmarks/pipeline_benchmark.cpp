@@ -38,7 +38,7 @@ void floorOfPipeline(benchmark::State& state) {
         data["event_schema_timestamp"] = Json::UInt64{1741759200000};
         data["dynamic_telemetry_config_id"] = "c-2025-03-11";
         data["applied_sample_rate"] = Json::UInt64{1};
-        properties["consent_state"] = "32";
+        properties["consent_state"] = "16";
         benchmark::DoNotOptimize(writer.write(data));
 
         Json::Value header;

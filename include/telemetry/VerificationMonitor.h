@@ -35,7 +35,7 @@ public:
     std::unique_ptr<TelemetryEvent> monitor(std::unique_ptr<TelemetryEvent> event) override;
     /// Asks the settings, which are obtained anew for each call.
     virtual bool isEventInVerification(const std::string& eventName);
-    /// Asks the settings, too.
+    /// Whether the settings ask for verbose logging; they are obtained anew, too.
     virtual bool isVerboseEnabled();
 
     /// The fields of an object as text, KEY:VALUE; for each, in the byte order of their keys, and how many they are.

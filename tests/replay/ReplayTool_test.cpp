@@ -676,12 +676,13 @@ TEST_F(ReplayTool, ExplainsWhatEachStageDoes) {
 {"name":"telemetry_event_filtering_performance","data":{}}
 {"name":"arvo_sensitive_app_ops_monitor","data":{"op_caller_android_uid":4294967295}})");
     EXPECT_EQ(sh("$TOOL run in --device device >out"), 1);
-    EXPECT_EQ(sh("$TOOL explain in --device device --line 3 --line 4 >text"), 0);
+    EXPECT_EQ(sh("$TOOL explain in --device device --line 1 --line 3 --line 4 >text"), 0);
     const size_t third = read("out").find(R"("global_sequence_number":8,)");
     const size_t start = read("out").rfind('\n', third) + 1;
     const std::string output = read("out").substr(start, read("out").find('\n', third) + 1 - start);
     for (const std::string& part :
-         {std::string("arvo_sensitive_app_ops_monitor  in:3, uid 1000, JSON Bundle\n"),
+         {std::string("    reported telemetry_event_filtering_audit, uid 7\n      build_product"),
+          std::string("arvo_sensitive_app_ops_monitor  in:3, uid 1000, JSON Bundle\n"),
           std::string("    ~ event.uid 1000 -> 7\n    + event_schema_timestamp 0\n"),
           std::string("~ sdk_app_package {\"a\\u001b\":1} -> \"\"\n      + sdk_app_package_version_code 0\n"),
           std::string("  seq_num_applier               applied\n    + per_type_sequence_number 2\n"),
