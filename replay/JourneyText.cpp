@@ -46,7 +46,10 @@ public:
             text_ += "  " + painted(kDim, "not reached:") + "\n";
             list(notReached, "    ");
         }
-        if (const auto* kept = std::get_if<Kept>(&outcome)) text_ += "  " + painted(kGreen, "kept") + "\n" + kept->line;
+        if (const auto* kept = std::get_if<Kept>(&outcome)) {
+            text_ += "  " + painted(kGreen, "kept") + "\n";
+            text_ += kept->line;
+        }
         if (const auto* unwritable = std::get_if<Unwritable>(&outcome)) {
             text_ += "  " + painted(kRed, "bad: ") + unwritable->reason + "\n";
         }
@@ -183,7 +186,9 @@ std::string toJsonLine(const Journey& journey, const Outcome& outcome) {
     // As it stands: to read and write it again could change its numbers.
     if (const auto* kept = std::get_if<Kept>(&outcome)) {
         line.pop_back();
-        line += ",\"output\":" + kept->line.substr(0, kept->line.size() - 1) + "}";
+        line += ",\"output\":";
+        line += kept->line.substr(0, kept->line.size() - 1);
+        line += "}";
     }
     return line + "\n";
 }
