@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +18,11 @@ struct RunOptions {
     std::optional<std::string> drops;          // none: dropped events are only counted
     std::optional<std::string> monitorEvents;  // none: what stages report is only logged
     std::optional<std::string> trace;
+    std::optional<std::string> expectations;  // what must hold of the run
+    std::optional<std::string> report;        // the page that shows the run
+    uint64_t reportEvents = 200;              // whose journeys are in it
+    unsigned threads = 1;
+    bool printConfig = false;  // instead of running
     bool strict = false;
     bool quiet = false;
 };
