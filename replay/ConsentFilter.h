@@ -21,7 +21,7 @@ struct Consent {
 bool isKept(IEventSchemaHandler::EventCategory category, Consent consent);
 
 /// Filters by the consent of the users of a device and by an event schema. While the device does not filter, and for
-/// its discretionary applications, all is kept. For one thread.
+/// its discretionary applications, all is kept. For one thread at a time.
 class ConsentFilter : public IEventFilteringManager {
 public:
     ConsentFilter(std::shared_ptr<DeviceServices> services, std::shared_ptr<IEventSchemaHandler> schema);

@@ -40,8 +40,10 @@ void Console::warning(const LinePlace& place, std::string_view message) {
     if (!quiet_) print(placed(place, "warning: " + std::string(message)));
 }
 
-void Console::showProgress(uint64_t totalBytes) {
-    if (!quiet_ && totalBytes > 0 && ::isatty(STDERR_FILENO) == 1) bar_.emplace(STDERR_FILENO, totalBytes);
+void Console::showStatus(Status status, std::optional<uint64_t> totalBytes) {
+    if (quiet_ || ::isatty(STDERR_FILENO) != 1) return;
+    status_ = status;
+    statusLine_.emplace(STDERR_FILENO, totalBytes);
 }
 
 void Console::summary(const Counts& counts, std::chrono::steady_clock::duration elapsed) {
@@ -62,7 +64,7 @@ void Console::table(const std::string& title, const Rows& rows) {
 }
 
 void Console::print(std::string_view line) {
-    if (bar_) bar_->clear();
+    if (statusLine_) statusLine_->clear();
     std::string text = escaped(line.substr(0, kMaxMessageLength));
     text += line.size() > kMaxMessageLength ? "...\n" : "\n";
     writeToStandardError(text);

@@ -8,21 +8,12 @@
 #include <utility>
 #include <vector>
 
+#include "replay/Counts.h"
 #include "replay/FileError.h"
 #include "replay/LinePlace.h"
-#include "replay/ProgressBar.h"
+#include "replay/StatusLine.h"
 
 namespace Velo::OS::Telemetry::replay {
-
-/// What became of the events. Every event read or reported is kept, dropped or bad.
-struct Counts {
-    uint64_t read = 0;
-    uint64_t reported = 0;  // monitor events that were logged as events of their own
-    uint64_t kept = 0;
-    uint64_t dropped = 0;  // by a guard
-    uint64_t bad = 0;      // lines that are no event, or one that cannot be converted
-    uint64_t bytes = 0;    // of input
-};
 
 /// Everything that the tool says on standard error, one line a message. Control characters and bytes that are no UTF-8
 /// are escaped here, whoever sent them. What cannot be written is lost: there is no place left to say so.
@@ -36,18 +27,31 @@ public:
     void warning(std::string_view message);
     void warning(const LinePlace& place, std::string_view message);
 
-    /// From now on `progress` draws a bar, if standard error is a terminal.
-    void showProgress(uint64_t totalBytes);
-    void progress(uint64_t bytesDone) {
-        if (bar_) bar_->update(bytesDone);
+    /// When to show how far a run has come.
+    enum class Status { Always, WhenWaiting };
+    /// From now on the last line of standard error, if that is a terminal, says how far a run has come. If the number
+    /// of bytes to read is unknown, it counts events instead.
+    void showStatus(Status status, std::optional<uint64_t> totalBytes);
+    void progress(const Counts& counts) {
+        if (statusLine_ && status_ == Status::Always) statusLine_->update(counts);
     }
-    void hideProgress() { bar_.reset(); }
+    /// The run waits for input, so that now is the time to say it all.
+    void waiting(const Counts& counts) {
+        if (statusLine_) statusLine_->draw(counts);
+    }
+    /// Input has come: what shows only while waiting makes room for output on the same terminal.
+    void resumed() {
+        if (statusLine_ && status_ == Status::WhenWaiting) statusLine_->clear();
+    }
+    void hideStatus() { statusLine_.reset(); }
 
-    /// Whether the action could use its files; says so if not.
+    /// Whether the action could use its files; says so if not. That a reader has left is no fault.
     template <typename Action>
     bool attempt(Action action) {
         try {
             action();
+            return true;
+        } catch (const ReaderLeft&) {
             return true;
         } catch (const FileError& failure) {
             error(failure.what());
@@ -65,7 +69,8 @@ private:
     void print(std::string_view line);
 
     const bool quiet_;
-    std::optional<ProgressBar> bar_;
+    Status status_ = Status::Always;
+    std::optional<StatusLine> statusLine_;
 };
 
 /// One row a line, with each name behind the indent.

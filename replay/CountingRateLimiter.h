@@ -10,7 +10,7 @@
 
 namespace Velo::OS::Telemetry::replay {
 
-/// The rate limiter, which keeps its counts to itself, with counts of its own. For one thread.
+/// The rate limiter, which keeps its counts to itself, with counts of its own. For one thread at a time.
 class CountingRateLimiter : public RateLimiterGuard {
 public:
     CountingRateLimiter(MonitorEventCallback callback, std::shared_ptr<IHealthCountersManager> healthCounters,

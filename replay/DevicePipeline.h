@@ -22,7 +22,7 @@
 
 namespace Velo::OS::Telemetry::replay {
 
-/// The pipeline as the service builds it, on a device. For one thread.
+/// The pipeline as the service builds it, on a device. For one thread at a time.
 class DevicePipeline {
 public:
     /// Sets the settings and the system properties of the process, and the library keeps what it has once read of them:
@@ -38,6 +38,8 @@ public:
     /// Why the last event was dropped: "guard", "counter" (null if the guard has none), "reason" and what the decision
     /// rested on. Null if it was not.
     Json::Value explainDrop() const;
+    /// When the last event was created.
+    const EventTimes& eventTimes() const { return times_; }
     /// What the stages have reported since the last call.
     std::vector<MonitorReport> takeReports();
 

@@ -16,7 +16,7 @@
 namespace Velo::OS::Telemetry::replay {
 
 /// Decides by the rules of a device which events are kept. Each rule draws from a generator of its own, so that a run
-/// can be repeated and what becomes of one event never hangs on another. For one thread.
+/// can be repeated and what becomes of one event never hangs on another. For one thread at a time.
 class DynamicTelemetryRules : public IDynamicTelemetryManager {
 public:
     explicit DynamicTelemetryRules(const Device::DynamicTelemetry& telemetry);

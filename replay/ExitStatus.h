@@ -5,8 +5,10 @@ namespace Velo::OS::Telemetry::replay {
 /// What the process tells its caller.
 enum class ExitStatus : int {
     Success = 0,
-    BadInput = 1,  // something in the input was bad: a line, a member of a schema
-    Unusable = 2,  // a wrong call, or a file that cannot be opened, read or written
+    BadInput = 1,       // something in the input was bad: a line, a member of a schema
+    Unusable = 2,       // a wrong call, or a file that cannot be opened, read or written
+    Interrupted = 130,  // by SIGINT, in good order
+    Terminated = 143,   // by SIGTERM, in good order
 };
 
 }  // namespace Velo::OS::Telemetry::replay

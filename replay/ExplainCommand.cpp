@@ -1,9 +1,11 @@
 #include "replay/ExplainCommand.h"
 
 #include <cstdlib>
+#include <utility>
 
 #include "replay/DeskDevice.h"
 #include "replay/FileError.h"
+#include "replay/Interruption.h"
 #include "replay/LibraryLog.h"
 #include "replay/Replay.h"
 
@@ -23,10 +25,19 @@ ExitStatus explainFiles(RunFiles& files, const ExplainOptions& options, Console&
     files.emptyOutputs();
     const Format textFormat = wantsColour(files.output) ? Format::ColouredText : Format::Text;
     Explainer explainer(options.choice, files.output, options.json ? Format::Json : textFormat);
-    Replay replay(files, device.pipeline(), console, Replay::BadLines::Continue, &explainer);
+    Replay::Options replayOptions;
+    replayOptions.onlyFollowed = true;
+    replayOptions.follow = [&](const auto&... event) { return explainer.follow(event..., device.pipeline().stages()); };
+    replayOptions.observers = {[&](const Observation& observation) { explainer.explain(observation); }};
+    replayOptions.concerns = [&](const LinePlace& place) { return explainer.concerns(place); };
+    replayOptions.isDone = [&](const LinePlace& place, bool isInLastFile) {
+        return explainer.isDone(place, isInLastFile);
+    };
+    Replay replay(files, device.pipeline(), console, std::move(replayOptions));
     bool usable = console.attempt([&] { replay.run(); });
     usable &= console.attempt([&] { files.output.close(); });
     if (!usable) return ExitStatus::Unusable;
+    if (interruption() != 0) return statusOfInterruption();
     if (explainer.explained() == 0) console.error("none of the events was chosen");
     return explainer.explained() > 0 && replay.counts().bad == 0 ? ExitStatus::Success : ExitStatus::BadInput;
 }
@@ -34,6 +45,7 @@ ExitStatus explainFiles(RunFiles& files, const ExplainOptions& options, Console&
 }  // namespace
 
 ExitStatus explainCommand(const ExplainOptions& options) {
+    expectInterruption();
     Console console(/*quiet=*/false);
     const LibraryLog libraryLog(console);
     ExitStatus status = ExitStatus::Unusable;

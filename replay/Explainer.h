@@ -1,14 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 
-#include "replay/EventDecoder.h"
 #include "replay/Journey.h"
-#include "replay/JourneyText.h"
+#include "replay/JourneyStart.h"
+#include "replay/Outcome.h"
 #include "replay/OutputFile.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -30,18 +31,17 @@ public:
     Explainer(ExplainChoice choice, OutputFile& output, Format format)
         : choice_(std::move(choice)), output_(output), format_(format) {}
 
-    /// Begins the journey of an event, which the line describes, through these stages. It is lent until the next call;
-    /// null if the event is not chosen.
-    Journey* begin(const LinePlace& place, bool isReport, const TelemetryEvent& event, std::string_view line,
-                   const std::vector<Journey::Stage>& stages);
-    /// Writes the journey begun last, if there was one.
-    void end(const Outcome& outcome);
+    /// Begins the journey of an event, which the line describes, through these stages; null if it is not chosen.
+    std::unique_ptr<Journey> follow(const LinePlace& place, bool isReport, const TelemetryEvent& event,
+                                    std::string_view line, const std::vector<Journey::Stage>& stages);
+    /// Writes the journey of an event that was followed.
+    void explain(const Observation& observation);
 
     uint64_t explained() const { return explained_; }
     /// Whether the choice speaks of that line, be it of an event or not.
     bool concerns(const LinePlace& place) const;
     /// Whether no event can be chosen any more after that line.
-    bool isDone(uint64_t line, bool isOfLastFile) const;
+    bool isDone(const LinePlace& place, bool isInLastFile) const;
 
 private:
     bool isChosen(const LinePlace& place, bool isReport, const std::string& name) const;
@@ -49,8 +49,8 @@ private:
     const ExplainChoice choice_;
     OutputFile& output_;
     const Format format_;
-    EventDecoder decoder_;
-    std::optional<Journey> journey_;
+    JourneyStart start_;
+    uint64_t followed_ = 0;
     uint64_t explained_ = 0;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -18,6 +19,12 @@ public:
 
     /// Escapes the message, which would end at a NUL.
     explicit FileError(const std::string& message) : std::runtime_error(escaped(message)) {}
+};
+
+/// Whoever read standard output has seen enough: `head`, or a pager. That ends the run too, but is no fault.
+class ReaderLeft : public FileError {
+public:
+    ReaderLeft() : FileError("write", "<stdout>", EPIPE) {}
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "replay/FileError.h"
+#include "replay/Interruption.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -24,8 +25,13 @@ std::optional<uint64_t> InputFile::remainingBytes() const {
     return static_cast<uint64_t>(status_.st_size - position);
 }
 
+bool InputFile::isReady() const { return isReadable(file_.number()); }
+
+bool InputFile::isTerminal() const { return ::isatty(file_.number()) == 1; }
+
 size_t InputFile::read(char* buffer, size_t capacity) {
     for (;;) {
+        if (!waitUntilReadable(file_.number())) return 0;
         const ssize_t count = ::read(file_.number(), buffer, capacity);
         if (count >= 0) return static_cast<size_t>(count);
         if (errno != EINTR) throw FileError("read", name_, errno);

@@ -23,8 +23,11 @@ public:
     /// Bytes left to read, known for regular files only.
     std::optional<uint64_t> remainingBytes() const;
 
-    /// Reads up to `capacity` bytes, what is there now; 0 at the end. Throws `FileError`.
+    /// Whether `read` would not have to wait.
+    bool isReady() const;
+    /// Reads up to `capacity` bytes, what is there now; 0 at the end, and once the run is to end. Throws `FileError`.
     size_t read(char* buffer, size_t capacity);
+    bool isTerminal() const;
 
 private:
     std::string name_;

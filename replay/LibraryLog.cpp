@@ -10,23 +10,21 @@ namespace Velo::OS::Telemetry::replay {
 namespace {
 
 Console* target = nullptr;
-thread_local const LinePlace* currentPlace = nullptr;
-thread_local bool isMuted = false;
+thread_local LibraryLog::Messages* listener = nullptr;
 
 /// A desk's early form of the logger function: liblog of a device passes the message inside the structure.
 void show(const __android_logger_data* data, const char* message) {
-    if (data->priority < ANDROID_LOG_WARN || isMuted) return;
-    // One event may have the same said of it several times, for example that a schema has no salt.
-    thread_local std::string last;
-    const std::string text = (currentPlace ? toText(*currentPlace) : "") + message;
-    if (std::exchange(last, text) == text) return;
+    if (data->priority < ANDROID_LOG_WARN) return;
     const bool isWarning = data->priority == ANDROID_LOG_WARN;
-    const std::string error = std::string("error: ") + message;
-    if (currentPlace) {
-        isWarning ? target->warning(*currentPlace, message) : target->error(*currentPlace, error);
-    } else {
-        isWarning ? target->warning(message) : target->error(error);
+    const std::string text = isWarning ? message : std::string("error: ") + message;
+    // The same may be said several times of one event or schema, for example that it has no salt.
+    if (listener) {
+        if (listener->empty() || listener->back().text != text) listener->push_back({isWarning, text});
+        return;
     }
+    thread_local std::string last;
+    if (std::exchange(last, text) == text) return;
+    isWarning ? target->warning(text) : target->error(text);
 }
 
 }  // namespace
@@ -41,9 +39,8 @@ LibraryLog::~LibraryLog() {
     target = nullptr;
 }
 
-void LibraryLog::setPlace(const LinePlace* place, bool muted) {
-    currentPlace = place;
-    isMuted = muted;
-}
+LibraryLog::Listening::Listening(Messages& messages) : before_(std::exchange(listener, &messages)) {}
+
+LibraryLog::Listening::~Listening() { listener = before_; }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -1,12 +1,14 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "replay/Console.h"
-#include "replay/LinePlace.h"
 
 namespace Velo::OS::Telemetry::replay {
 
-/// While it lives, what the library logs at warning priority or above is shown as a message about the line in hand.
-/// One at a time in a process.
+/// While it lives, what the library logs at warning priority or above is shown, or handed to who is listening. One at a
+/// time in a process.
 class LibraryLog {
 public:
     /// The console must outlive it.
@@ -15,9 +17,23 @@ public:
     LibraryLog& operator=(const LibraryLog&) = delete;
     ~LibraryLog();
 
-    /// What the calling thread logs from now on is about this place, which must outlive the logging; null: about none.
-    /// If it is muted, it is not shown.
-    static void setPlace(const LinePlace* place, bool muted = false);
+    struct Message {
+        bool isWarning;  // else an error
+        std::string text;
+    };
+    using Messages = std::vector<Message>;
+
+    /// While it lives, what the calling thread logs is added to the messages, which are lent, instead of being shown.
+    class Listening {
+    public:
+        explicit Listening(Messages& messages);
+        Listening(const Listening&) = delete;
+        Listening& operator=(const Listening&) = delete;
+        ~Listening();
+
+    private:
+        Messages* const before_;
+    };
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "replay/Interruption.h"
+
 namespace Velo::OS::Telemetry::replay {
 
 namespace {
@@ -13,6 +15,10 @@ constexpr size_t kCapacity = kByteOrderMark.size() + LineReader::kMaxLineLength 
 }  // namespace
 
 LineReader::LineReader(InputFile& file) : file_(file), buffer_(std::make_unique_for_overwrite<char[]>(kCapacity + 1)) {}
+
+bool LineReader::hasLine() const {
+    return !inLongLine_ && std::memchr(buffer_.get() + begin_, '\n', end_ - begin_) != nullptr;
+}
 
 LineReader::Found LineReader::next() {
     while (inLongLine_) nextPart();
@@ -30,7 +36,8 @@ LineReader::Found LineReader::next() {
             return take(length, false);
         }
         searched = length;
-        if (!fill()) return length > 0 ? take(length, false) : Found::End;
+        // The rest of a line that an interruption cuts off may still be to come.
+        if (!fill()) return length > 0 && interruption() == 0 ? take(length, false) : Found::End;
     }
 }
 

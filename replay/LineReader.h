@@ -20,6 +20,8 @@ public:
     /// The file must outlive the reader.
     explicit LineReader(InputFile& file);
 
+    /// Whether the next line can be had without reading on in the file.
+    bool hasLine() const;
     /// Goes on to the next line, past whatever is left of a long one. Throws `FileError`.
     Found next();
 

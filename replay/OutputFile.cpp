@@ -68,6 +68,7 @@ void OutputFile::writeThrough(std::string_view bytes) {
 
 void OutputFile::fail(int error) {
     failed_ = true;
+    if (isStandardOutput_ && error == EPIPE) throw ReaderLeft();
     throw FileError("write", name_, error);
 }
 

@@ -10,7 +10,8 @@
 namespace Velo::OS::Telemetry::replay {
 
 /// A file, or standard output, written through a buffer. Every failure throws `FileError`, once: after it the file
-/// takes whatever it is given and writes nothing. What `close` has not written is lost.
+/// takes whatever it is given and writes nothing. If it is that nobody reads standard output any more, the error is
+/// `ReaderLeft`. What `close` has not written is lost.
 class OutputFile {
 public:
     /// Opens the file and creates it if there is none, yet leaves its contents; "-" is standard output.

@@ -23,21 +23,21 @@ void appendQuoted(std::string& out, const std::string& text) {
 
 }  // namespace
 
-bool writeOutputLine(TelemetryEvent& event, std::string& line) {
+bool appendOutputLine(TelemetryEvent& event, std::string& text) {
     const std::string& data = event.getJsonString();
     if (data.empty()) return false;
 
-    line = "{\"name\":";
-    appendQuoted(line, event.name());
-    line += ",\"uid\":";
-    line += std::to_string(event.uid());
-    line += ",\"identifier\":";
-    appendQuoted(line, event.getStringIdentifier());
-    line += ",\"data\":";
-    line += data;
-    line += ",\"header\":";
-    line += event.getJsonBatchHeaderString();
-    line += "}\n";
+    text += "{\"name\":";
+    appendQuoted(text, event.name());
+    text += ",\"uid\":";
+    text += std::to_string(event.uid());
+    text += ",\"identifier\":";
+    appendQuoted(text, event.getStringIdentifier());
+    text += ",\"data\":";
+    text += data;
+    text += ",\"header\":";
+    text += event.getJsonBatchHeaderString();
+    text += "}\n";
     return true;
 }
 

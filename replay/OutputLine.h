@@ -6,9 +6,9 @@
 
 namespace Velo::OS::Telemetry::replay {
 
-/// Replaces `line` by what the event has become, as one line with its newline:
+/// Adds what the event has become to the text, as one line with its newline:
 /// {"name":...,"uid":...,"identifier":...,"data":...,"header":...}
-/// False, and `line` is unspecified, if the event cannot be converted to JSON.
-[[nodiscard]] bool writeOutputLine(TelemetryEvent& event, std::string& line);
+/// False, and the text is as it was, if the event cannot be converted to JSON.
+[[nodiscard]] bool appendOutputLine(TelemetryEvent& event, std::string& text);
 
 }  // namespace Velo::OS::Telemetry::replay

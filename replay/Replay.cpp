@@ -1,172 +1,171 @@
 #include "replay/Replay.h"
 
-#include <exception>
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <thread>
 #include <utility>
-
-#include "replay/DropLine.h"
-#include "replay/Escape.h"
-#include "replay/FileError.h"
-#include "replay/LibraryLog.h"
-#include "replay/OutputLine.h"
 
 namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
-bool isBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == std::string_view::npos; }
+/// Long enough for turns to cost little, short enough for the events of all threads to fit a cache.
+constexpr size_t kBatchLines = 32;
+constexpr uint64_t kNoTicket = std::numeric_limits<uint64_t>::max();
 
-/// Attributes what the library logs to a place for as long as it lives.
-class LoggingPlace {
-public:
-    explicit LoggingPlace(const LinePlace& place) { LibraryLog::setPlace(&place); }
-    LoggingPlace(const LoggingPlace&) = delete;
-    LoggingPlace& operator=(const LoggingPlace&) = delete;
-    ~LoggingPlace() { LibraryLog::setPlace(nullptr); }
-};
+Replay::Options checked(Replay::Options options) {
+    if (options.stopsAtBadLine) options.threads = 1;
+    return options;
+}
 
 }  // namespace
 
-Replay::Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, BadLines badLines, Explainer* explainer)
-    : files_(files), pipeline_(pipeline), console_(console), badLines_(badLines), explainer_(explainer) {}
+Replay::Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, Options options)
+    : files_(files),
+      pipeline_(pipeline),
+      console_(console),
+      options_(checked(std::move(options))),
+      reader_(files.inputs, options_.threads > 1 ? kBatchLines : 1),
+      lastTicket_(kNoTicket) {}
+
+EventBatch::Wishes Replay::wishes() const {
+    EventBatch::Wishes wishes;
+    wishes.lines = files_.drops || files_.monitorEvents || files_.rejects;
+    wishes.observations = !options_.observers.empty();
+    wishes.explanations = files_.drops || wishes.observations;
+    return wishes;
+}
 
 void Replay::run() {
-    const LoggingPlace loggingPlace(place_);
-    for (InputFile& input : files_.inputs) replayFile(input);
+    std::vector<std::thread> others;
+    for (unsigned i = 1; i < options_.threads; ++i) others.emplace_back([this] { work(); });
+    work();
+    for (std::thread& thread : others) thread.join();
+    if (failure_) std::rethrow_exception(failure_);
 }
 
-void Replay::replayFile(InputFile& input) {
-    LineReader reader(input);
-    const uint64_t bytesBefore = counts_.bytes;
-    place_.file = input.name();
-    while (!stopped_) {
-        const LineReader::Found found = reader.next();
-        if (found == LineReader::Found::End) return;
-
-        place_.line = reader.lineNumber();
-        counts_.bytes = bytesBefore + reader.bytesRead();
-        if (found == LineReader::Found::LongLine) {
-            handleLongLine(reader);
-            counts_.bytes = bytesBefore + reader.bytesRead();
-        } else if (!isBlank(reader.text())) {
-            handleLine(reader.text());
+void Replay::work() {
+    Work work(wishes());
+    while (read(work)) {
+        attempt(work.ticket, [&] { work.batch.decode(); });
+        {
+            const Turn turn(processing_, work.ticket);
+            if (isDiscarded(work.ticket)) work.batch.discard();
+            attempt(work.ticket, [&] { work.batch.process(pipeline_, options_.follow); });
         }
-        if (explainer_ && explainer_->isDone(place_.line, &input == &files_.inputs.back())) stopped_ = true;
-        console_.progress(counts_.bytes);
+        attempt(work.ticket, [&] { work.batch.write(); });
+        const Turn turn(writing_, work.ticket);
+        if (!isDiscarded(work.ticket)) attempt(work.ticket, [&] { commit(work); });
     }
 }
 
-void Replay::handleLine(std::string_view line) {
-    ++counts_.read;
-    EventDecoder::Decoded decoded = decoder_.decode(line);
-    if (const auto* error = std::get_if<LineError>(&decoded)) {
-        reject(line, error->text);
-    } else {
-        handleEvent(std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded)), /*isReport=*/false, line,
-                    decoder_.earlierDrop());
-        logReports();
-    }
-}
-
-/// `line` describes the event, be it read or reported, with the member "dropped" that it had, if any.
-void Replay::handleEvent(std::unique_ptr<TelemetryEventBundle> event, bool isReport, std::string_view line,
-                         const Json::Value* earlierDrop) {
-    std::optional<EventResult> result = process(std::move(event), isReport, line);
-    if (!result) return;
-    if (result->hasError()) {
-        explain(Dropped{pipeline_.explainDrop()});
-        return writeDrop(line, earlierDrop);
-    }
-    const std::unique_ptr<TelemetryEvent> processed = result->takeValue();
-    if (!writeOutputLine(*processed, outputLine_)) {
-        constexpr char kReason[] = "bundle: cannot be converted to JSON";
-        explain(Unwritable{kReason});
-        return reject(line, kReason);
-    }
-    ++counts_.kept;
-    if (explainer_) return explain(Kept{outputLine_});
-    files_.output.write(outputLine_);
-}
-
-/// None if the pipeline failed, and the line is bad.
-std::optional<EventResult> Replay::process(std::unique_ptr<TelemetryEventBundle> event, bool isReport,
-                                           std::string_view line) {
-    Journey* journey = nullptr;
-    if (explainer_) {
-        // Who asks about one event is not asking about others, nor to be told everything twice.
-        LibraryLog::setPlace(&place_, /*muted=*/true);
-        journey = explainer_->begin(place_, isReport, *event, line, pipeline_.stages());
-        LibraryLog::setPlace(&place_, /*muted=*/!journey);
-    }
+/// A failure ends the run, once the batches before it are done.
+template <typename Step>
+void Replay::attempt(uint64_t ticket, Step step) {
     try {
-        return pipeline_.processEvent(std::move(event), journey);
-    } catch (const FileError&) {
-        throw;  // it is the store that failed
-    } catch (const std::exception& error) {
-        // The library lets through what jsoncpp throws at a member of a wrong type. A run goes on after any event.
-        explain(Failed{error.what()});
-        reject(line, std::string("the pipeline cannot process it: ") + error.what());
-        return std::nullopt;
+        step();
+    } catch (...) {
+        stopAfter(ticket, std::current_exception());
     }
 }
 
-void Replay::explain(const Outcome& outcome) {
-    if (explainer_) explainer_->end(outcome);
+void Replay::stopAfter(uint64_t ticket, std::exception_ptr failure) {
+    const std::lock_guard<std::mutex> lock(stopping_);
+    if (ticket > lastTicket_ || (ticket == lastTicket_ && failure_)) return;
+    lastTicket_ = ticket;
+    failure_ = std::move(failure);
 }
 
-void Replay::writeDrop(std::string_view line, const Json::Value* earlierDrop) {
-    ++counts_.dropped;
-    if (!files_.drops) return;
-    Json::Value dropped = pipeline_.explainDrop();
-    dropped["place"] = escaped(toText(place_));
-    files_.drops->write(dropLine(line, earlierDrop, dropped));
+/// False at the end.
+bool Replay::read(Work& work) {
+    const std::lock_guard<std::mutex> lock(reading_);
+    if (lastTicket_ != kNoTicket) return false;
+    work.ticket = tickets_;
+    auto found = BatchReader::Found::End;
+    attempt(work.ticket, [&] {
+        found = reader_.next(work.batch.lines(), [&] { return awaitInput(work.ticket); });
+        if (found == BatchReader::Found::LongLine) handleLongLine(work.ticket);
+    });
+    if (found == BatchReader::Found::End) return false;
+    ++tickets_;
+    work.bytesRead = reader_.bytesRead();
+    if (options_.isDone) work.place = reader_.place();
+    work.isInLastFile = reader_.isInLastFile();
+    return true;
 }
 
-/// A stage may report about a report, and so on, for ever if a rate limit is odd enough.
-void Replay::logReports() {
-    constexpr int kMaxGenerations = 8;
-    for (int generation = 1;; ++generation) {
-        const std::vector<MonitorReport> reports = pipeline_.takeReports();
-        if (reports.empty()) return;
-        for (const MonitorReport& report : reports) logReport(report, generation > kMaxGenerations);
-    }
-}
-
-void Replay::logReport(const MonitorReport& report, bool isTooFar) {
-    const std::string line = toLine(report, place_);
-    if (files_.monitorEvents) {
-        files_.monitorEvents->write(line);
-        files_.monitorEvents->write("\n");
-    }
-    if (isTooFar) {
-        if (!std::exchange(hasGoneTooFar_, true)) console_.warning(place_, "reports beget reports; not all are logged");
-        return;
-    }
-    ++counts_.reported;
-    handleEvent(toEvent(report), /*isReport=*/true, line, nullptr);
+/// A live stream may come to a rest here, and what it has brought is to be seen. False if there is no use in waiting.
+bool Replay::awaitInput(uint64_t ticket) {
+    writing_.wait(ticket);
+    for (OutputFile* file : files_.outputs()) file->flush();
+    console_.waiting(counts_);
+    return !isDiscarded(ticket);
 }
 
 /// Copies the line to the rejects part by part: it may be longer than memory.
-void Replay::handleLongLine(LineReader& reader) {
+void Replay::handleLongLine(uint64_t ticket) {
+    writing_.wait(ticket);
+    if (isDiscarded(ticket)) return;
     ++counts_.read;
-    countBad("longer than " + std::to_string(LineReader::kMaxLineLength) + " bytes");
+    countBad(reader_.place(), "longer than " + std::to_string(LineReader::kMaxLineLength) + " bytes");
     do {
-        if (files_.rejects) files_.rejects->write(reader.text());
-    } while (reader.nextPart());
+        if (files_.rejects) files_.rejects->write(reader_.reader().text());
+    } while (reader_.reader().nextPart());
     if (files_.rejects) files_.rejects->write("\n");
 }
 
-void Replay::countBad(std::string_view reason) {
-    if (explainer_ && !explainer_->concerns(place_)) return;
-    ++counts_.bad;
-    console_.error(place_, reason);
-    stopped_ = badLines_ == BadLines::Stop;
+void Replay::commit(const Work& work) {
+    console_.resumed();
+    for (const EventBatch::Entry& entry : work.batch.entries()) commit(entry);
+
+    const EventBatch::Texts& texts = work.batch.texts();
+    if (!options_.onlyFollowed) files_.output.write(texts.output);
+    if (files_.drops) files_.drops->write(texts.drops);
+    if (files_.monitorEvents) files_.monitorEvents->write(texts.monitorEvents);
+    if (files_.rejects) files_.rejects->write(texts.rejects);
+
+    counts_.bytes = work.bytesRead;
+    console_.progress(counts_);
+    if (options_.stopsAtBadLine && counts_.bad > 0) stopAfter(work.ticket);
+    if (options_.isDone && options_.isDone(work.place, work.isInLastFile)) stopAfter(work.ticket);
 }
 
-void Replay::reject(std::string_view line, std::string_view reason) {
-    countBad(reason);
-    if (!files_.rejects) return;
-    files_.rejects->write(line);
-    files_.rejects->write("\n");
+void Replay::commit(const EventBatch::Entry& entry) {
+    ++counts_.read;
+    const bool isFollowed = std::any_of(entry.results.begin(), entry.results.end(),
+                                        [](const EventBatch::Result& result) { return result.journey != nullptr; });
+    for (const LibraryLog::Message& message : entry.messages) {
+        if (options_.onlyFollowed && !isFollowed) break;
+        message.isWarning ? console_.warning(entry.place, message.text) : console_.error(entry.place, message.text);
+    }
+    if (entry.error) countBad(entry.place, entry.error->text);
+    for (const EventBatch::Result& result : entry.results) commit(entry.place, result);
+}
+
+void Replay::commit(const LinePlace& place, const EventBatch::Result& result) {
+    if (!result.outcome) {
+        if (!std::exchange(hasGoneTooFar_, true)) console_.warning(place, "reports beget reports; not all are logged");
+        return;
+    }
+    if (result.isReport) ++counts_.reported;
+    const Outcome& outcome = *result.outcome;
+    if (std::holds_alternative<Kept>(outcome)) ++counts_.kept;
+    if (std::holds_alternative<Dropped>(outcome)) ++counts_.dropped;
+    if (const auto* failed = std::get_if<Failed>(&outcome)) {
+        countBad(place, "the pipeline cannot process it: " + failed->reason);
+    }
+    if (const auto* unwritable = std::get_if<Unwritable>(&outcome)) countBad(place, unwritable->reason);
+
+    const Observation observation{place,   result.isReport,    result.name,         result.realtimeMs,
+                                  outcome, result.event.get(), result.journey.get()};
+    for (const auto& observer : options_.observers) observer(observation);
+}
+
+void Replay::countBad(const LinePlace& place, const std::string& reason) {
+    if (options_.concerns && !options_.concerns(place)) return;
+    ++counts_.bad;
+    console_.error(place, reason);
 }
 
 }  // namespace Velo::OS::Telemetry::replay

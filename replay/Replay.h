@@ -1,64 +1,101 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <mutex>
 #include <optional>
-#include <string>
-#include <string_view>
+#include <vector>
 
 #include "replay/Console.h"
 #include "replay/DevicePipeline.h"
-#include "replay/EventDecoder.h"
-#include "replay/Explainer.h"
+#include "replay/EventBatch.h"
+#include "replay/LineBatch.h"
 #include "replay/LinePlace.h"
-#include "replay/LineReader.h"
+#include "replay/Outcome.h"
 #include "replay/RunFiles.h"
+#include "replay/Turnstile.h"
 
 namespace Velo::OS::Telemetry::replay {
 
 /// Reads events line by line, has each processed and writes what has become of it. Lines that are no event go to the
 /// rejects as they are, events that a guard drops to the drops. What stages report about an event is logged after it,
 /// as events of their own.
+///
+/// Each of its threads takes a batch of lines from the input to the outputs. They decode and write at the same time,
+/// yet process in the order of the input, so that what comes out is the same for any number of threads. With one thread
+/// a batch is one line. Outputs are flushed before the input is waited for.
 class Replay {
 public:
-    enum class BadLines { Continue, Stop };
+    struct Options {
+        unsigned threads = 1;
+        bool stopsAtBadLine = false;
+        bool onlyFollowed = false;  // of others nothing is written, and nothing is said unless they are bad
+        EventBatch::Follow follow;  // none: no event has a journey
+        /// Those who look at every event, in the order of the input.
+        std::vector<std::function<void(const Observation&)>> observers;
+        /// Whether a bad line at that place counts; none: all do.
+        std::function<bool(const LinePlace&)> concerns;
+        /// Whether the run may end after that line; none: it may not.
+        std::function<bool(const LinePlace&, bool isInLastFile)> isDone;
+    };
 
-    /// All arguments lent must outlive it. With an explainer, it takes the place of the output, and the run stops when
-    /// it has nothing more to explain.
-    Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, BadLines badLines,
-           Explainer* explainer = nullptr);
+    /// All arguments lent must outlive it. What stops at a bad line has one thread.
+    Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, Options options);
 
-    /// Reads the inputs to their end, or to the first bad line if that is to stop the run. Throws `FileError`; the
-    /// counts then say how far it came. Outputs may still hold lines in their buffers afterwards.
+    /// Reads the inputs to their end, until it is interrupted, or to the first bad line if that is to stop the run.
+    /// Throws `FileError`; the counts then say how far it came. Outputs may still hold lines in their buffers
+    /// afterwards.
     void run();
 
     const Counts& counts() const { return counts_; }
 
 private:
-    void replayFile(InputFile& input);
-    void handleLine(std::string_view line);
-    void handleEvent(std::unique_ptr<TelemetryEventBundle> event, bool isReport, std::string_view line,
-                     const Json::Value* earlierDrop);
-    std::optional<EventResult> process(std::unique_ptr<TelemetryEventBundle> event, bool isReport,
-                                       std::string_view line);
-    void explain(const Outcome& outcome);
-    void writeDrop(std::string_view line, const Json::Value* earlierDrop);
-    void logReports();
-    void logReport(const MonitorReport& report, bool isTooFar);
-    void handleLongLine(LineReader& reader);
-    void countBad(std::string_view reason);
-    void reject(std::string_view line, std::string_view reason);
+    /// What a thread has in hand.
+    struct Work {
+        explicit Work(const EventBatch::Wishes& wishes) : batch(wishes) {}
+
+        EventBatch batch;
+        uint64_t ticket = 0;
+        uint64_t bytesRead = 0;
+        LinePlace place;  // the last one, if anyone wants to know
+        bool isInLastFile = false;
+    };
+
+    EventBatch::Wishes wishes() const;
+    void work();
+    template <typename Step>
+    void attempt(uint64_t ticket, Step step);
+    void stopAfter(uint64_t ticket, std::exception_ptr failure = nullptr);
+    bool isDiscarded(uint64_t ticket) const { return ticket > lastTicket_; }
+
+    bool read(Work& work);
+    bool awaitInput(uint64_t ticket);
+    void handleLongLine(uint64_t ticket);
+
+    void commit(const Work& work);
+    void commit(const EventBatch::Entry& entry);
+    void commit(const LinePlace& place, const EventBatch::Result& result);
+    void countBad(const LinePlace& place, const std::string& reason);
 
     RunFiles& files_;
     DevicePipeline& pipeline_;
     Console& console_;
-    const BadLines badLines_;
-    Explainer* const explainer_;
+    const Options options_;
 
-    EventDecoder decoder_;
-    LinePlace place_;
-    std::string outputLine_;
+    std::mutex reading_;  // guards the input
+    BatchReader reader_;
+    uint64_t tickets_ = 0;
+
+    Turnstile processing_;  // for the pipeline
+    Turnstile writing_;     // for the files, the console and what follows
     Counts counts_;
-    bool stopped_ = false;
-    bool hasGoneTooFar_ = false;  // with reports
+    bool hasGoneTooFar_ = false;  // with reports about reports
+
+    std::atomic<uint64_t> lastTicket_;  // batches after it are discarded
+    std::mutex stopping_;               // to lower it, and for what follows
+    std::exception_ptr failure_;        // in that batch
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -1,13 +1,16 @@
 #include "replay/RunCommand.h"
 
+#include <algorithm>
 #include <chrono>
 #include <ostream>
 #include <streambuf>
+#include <utility>
 
 #include "platform/tracing/HostTracing.h"
 #include "replay/Console.h"
 #include "replay/DeskDevice.h"
 #include "replay/FileError.h"
+#include "replay/Interruption.h"
 #include "replay/LibraryLog.h"
 #include "replay/Replay.h"
 #include "replay/RunFiles.h"
@@ -62,19 +65,28 @@ bool finishTrace(RunFiles& files, Console& console) {
     });
 }
 
+/// Not where it would mix with what someone is typing.
+void showStatus(const RunFiles& files, Console& console) {
+    const auto isTerminal = [](const InputFile& input) { return input.isTerminal(); };
+    if (std::any_of(files.inputs.begin(), files.inputs.end(), isTerminal)) return;
+    console.showStatus(files.output.isTerminal() ? Console::Status::WhenWaiting : Console::Status::Always,
+                       files.inputBytes());
+}
+
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
     DeskDevice device(files, options.store, console);
     DevicePipeline& pipeline = device.pipeline();
     files.emptyOutputs();
-    const auto badLines = options.strict ? Replay::BadLines::Stop : Replay::BadLines::Continue;
-    Replay replay(files, pipeline, console, badLines);
-    // Lines of output would run into the bar.
-    if (!files.output.isTerminal()) console.showProgress(files.inputBytes().value_or(0));
+    Replay::Options replayOptions;
+    replayOptions.threads = options.threads;
+    replayOptions.stopsAtBadLine = options.strict;
+    Replay replay(files, pipeline, console, std::move(replayOptions));
+    showStatus(files, console);
     if (files.trace) host::startTracing();
 
     const auto start = std::chrono::steady_clock::now();
     bool usable = console.attempt([&] { replay.run(); });
-    console.hideProgress();
+    console.hideStatus();
     usable &= closeAllButTrace(files, console);
     usable &= console.attempt([&] { device.handBackSequenceNumbers(); });
     const auto elapsed = std::chrono::steady_clock::now() - start;
@@ -84,12 +96,14 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     console.table("dropped by", pipeline.drops());
     console.table("counters", {pipeline.counters().begin(), pipeline.counters().end()});
     if (!usable) return ExitStatus::Unusable;
+    if (interruption() != 0) return statusOfInterruption();
     return replay.counts().bad > 0 ? ExitStatus::BadInput : ExitStatus::Success;
 }
 
 }  // namespace
 
 ExitStatus runCommand(const RunOptions& options) {
+    expectInterruption();
     Console console(options.quiet);
     const LibraryLog libraryLog(console);
     ExitStatus status = ExitStatus::Unusable;

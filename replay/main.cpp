@@ -197,6 +197,14 @@ void addInputOptions(CLI::App& command, RunOptions& options) {
     command.add_option("--schema", options.schema, "Classify events by the event schema in FILE")->type_name("FILE");
 }
 
+/// What is wrong with the argument of an option, if anything.
+std::string expectPositive(const std::string& text) {
+    uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isPositive = error == std::errc() && end == text.data() + text.size() && number > 0;
+    return isPositive ? "" : "expected a positive integer";
+}
+
 void addRunCommand(CLI::App& app, RunOptions& options, Command& command) {
     CLI::App* run = app.add_subcommand("run", kRunDescription);
     addInputOptions(*run, options);
@@ -211,18 +219,13 @@ void addRunCommand(CLI::App& app, RunOptions& options, Command& command) {
         ->type_name("FILE");
     run->add_option("--trace", options.trace, "Write a trace of the pipeline to FILE, for the Perfetto UI")
         ->type_name("FILE");
+    run->add_option("--threads", options.threads, "Decode and write with N threads; the output is the same")
+        ->type_name("N")
+        ->check(expectPositive);
     run->add_flag("--strict", options.strict, "Stop at the first bad line");
     run->add_flag("-q,--quiet", options.quiet, "No warnings, no progress bar, no summary");
     run->footer(kRunFooter);
     run->callback([&] { command = [&] { return runCommand(options); }; });
-}
-
-/// What is wrong with the argument of an option, if anything.
-std::string expectPositive(const std::string& text) {
-    uint64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool isPositive = error == std::errc() && end == text.data() + text.size() && number > 0;
-    return isPositive ? "" : "expected a positive integer";
 }
 
 void addExplainCommand(CLI::App& app, ExplainOptions& options, Command& command) {

@@ -1,0 +1,133 @@
+#include "replay/EventBatch.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include "replay/DropLine.h"
+#include "replay/Escape.h"
+#include "replay/FileError.h"
+#include "replay/OutputLine.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+void EventBatch::decode() {
+    entries_.clear();
+    for (const LineBatch::Line& line : lines_.lines()) {
+        Entry& entry = entries_.emplace_back();
+        entry.place = {lines_.file(), line.number};
+        entry.line = lines_.text(line);
+        const LibraryLog::Listening listening(entry.messages);
+        EventDecoder::Decoded decoded = decoder_.decode(entry.line);
+        if (auto* error = std::get_if<LineError>(&decoded)) {
+            entry.error = std::move(*error);
+            continue;
+        }
+        entry.event = std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded));
+        if (const Json::Value* earlierDrop = decoder_.earlierDrop()) entry.earlierDrop = *earlierDrop;
+    }
+}
+
+void EventBatch::process(DevicePipeline& pipeline, const Follow& follow) {
+    for (auto entry = entries_.begin(); entry != entries_.end(); ++entry) {
+        try {
+            if (!entry->error) processEntry(*entry, pipeline, follow);
+        } catch (const FileError&) {
+            entries_.erase(entry, entries_.end());
+            throw;
+        }
+    }
+}
+
+void EventBatch::processEntry(Entry& entry, DevicePipeline& pipeline, const Follow& follow) {
+    const LibraryLog::Listening listening(entry.messages);
+    processEvent(entry, {}, std::move(entry.event), pipeline, follow);
+    processReports(entry, pipeline, follow);
+}
+
+/// A stage may report about a report, and so on, for ever if a rate limit is odd enough.
+void EventBatch::processReports(Entry& entry, DevicePipeline& pipeline, const Follow& follow) {
+    constexpr int kMaxGenerations = 8;
+    for (int generation = 1;; ++generation) {
+        const std::vector<MonitorReport> reports = pipeline.takeReports();
+        if (reports.empty()) return;
+        for (const MonitorReport& report : reports) {
+            Result result;
+            result.isReport = true;
+            if (wishes_.lines || follow) result.line = toLine(report, entry.place);
+            if (generation > kMaxGenerations) {
+                entry.results.push_back(std::move(result));
+            } else {
+                processEvent(entry, std::move(result), toEvent(report), pipeline, follow);
+            }
+        }
+    }
+}
+
+void EventBatch::processEvent(Entry& entry, Result result, std::unique_ptr<TelemetryEventBundle> event,
+                              DevicePipeline& pipeline, const Follow& follow) {
+    if (wishes_.observations) result.name = event->name();
+    if (follow) {
+        result.journey =
+            follow(entry.place, result.isReport, *event, result.isReport ? std::string_view(result.line) : entry.line);
+    }
+    try {
+        EventResult processed = pipeline.processEvent(std::move(event), result.journey.get());
+        if (processed.hasValue()) {
+            result.event = processed.takeValue();
+            result.outcome = Kept{};
+        } else {
+            result.outcome = Dropped{wishes_.explanations ? pipeline.explainDrop() : Json::Value()};
+        }
+    } catch (const FileError&) {
+        throw;  // it is the store that failed
+    } catch (const std::exception& error) {
+        // The library lets through what jsoncpp throws at a member of a wrong type. A run goes on after any event.
+        result.outcome = Failed{error.what()};
+    }
+    result.realtimeMs = pipeline.eventTimes().realtimeMs;
+    entry.results.push_back(std::move(result));
+}
+
+void EventBatch::write() {
+    for (std::string* text : {&texts_.output, &texts_.drops, &texts_.monitorEvents, &texts_.rejects}) text->clear();
+    for (Entry& entry : entries_) {
+        const LibraryLog::Listening listening(entry.messages);
+        if (entry.error) reject(entry.line);
+        for (Result& result : entry.results) write(entry, result);
+    }
+    for (Entry& entry : entries_) {
+        for (Result& result : entry.results) {
+            if (result.event) result.outcome = Kept{{texts_.output.data() + result.textBegin, result.textLength}};
+        }
+    }
+}
+
+void EventBatch::write(const Entry& entry, Result& result) {
+    const std::string_view line = result.isReport ? std::string_view(result.line) : entry.line;
+    if (result.isReport && wishes_.lines) texts_.monitorEvents.append(line).append("\n");
+    if (!result.outcome) return;
+    if (result.event) {
+        result.textBegin = texts_.output.size();
+        if (!appendOutputLine(*result.event, texts_.output)) {
+            result.event.reset();
+            result.outcome = Unwritable{"bundle: cannot be converted to JSON"};
+        }
+        result.textLength = texts_.output.size() - result.textBegin;
+    }
+    if (auto* dropped = std::get_if<Dropped>(&*result.outcome)) {
+        if (!wishes_.lines) return;
+        Json::Value why = dropped->why;
+        why["place"] = escaped(toText(entry.place));
+        const bool hasEarlierDrop = !result.isReport && entry.earlierDrop;
+        texts_.drops += dropLine(line, hasEarlierDrop ? &*entry.earlierDrop : nullptr, why);
+    } else if (!result.event) {
+        reject(line);
+    }
+}
+
+void EventBatch::reject(std::string_view line) {
+    if (wishes_.lines) texts_.rejects.append(line).append("\n");
+}
+
+}  // namespace Velo::OS::Telemetry::replay

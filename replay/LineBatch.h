@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "replay/InputFile.h"
+#include "replay/LinePlace.h"
+#include "replay/LineReader.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+/// Lines of one file, without blank ones.
+class LineBatch {
+public:
+    struct Line {
+        uint64_t number;
+        size_t begin, length;
+    };
+
+    void begin(const std::string& file);
+    void add(uint64_t number, std::string_view text);
+
+    const std::string& file() const { return file_; }
+    const std::vector<Line>& lines() const { return lines_; }
+    /// A NUL follows it in memory.
+    std::string_view text(const Line& line) const { return {text_.data() + line.begin, line.length}; }
+
+private:
+    std::string file_;
+    std::string text_;
+    std::vector<Line> lines_;
+};
+
+/// Reads files one after another, by the batch.
+class BatchReader {
+public:
+    enum class Found { Lines, LongLine, End };
+
+    /// The files must outlive it. A batch has at most so many lines.
+    BatchReader(std::vector<InputFile>& files, size_t maxLines) : files_(files), maxLines_(maxLines) {}
+
+    /// Replaces the batch by the lines that have arrived. Calls `onWait` before it waits for one, and ends there if
+    /// that is false, or if it is interrupted. A line that is too long is not in the batch: it is the reader's. Throws
+    /// `FileError`.
+    template <typename OnWait>
+    Found next(LineBatch& batch, OnWait onWait) {
+        while (file_ < files_.size()) {
+            if (!reader_) open();
+            if (!reader_->hasLine() && !files_[file_].isReady() && !onWait()) return Found::End;
+            const Found found = take(batch);
+            if (found != Found::End) return found;
+            bytesBefore_ += reader_->bytesRead();
+            reader_.reset();
+            ++file_;
+        }
+        return Found::End;
+    }
+
+    /// Of the file in hand.
+    LineReader& reader() { return *reader_; }
+    LinePlace place() const { return {files_[file_].name(), reader_->lineNumber()}; }
+    bool isInLastFile() const { return file_ + 1 >= files_.size(); }
+    /// Of all files, up to the end of the batch.
+    uint64_t bytesRead() const { return bytesBefore_ + (reader_ ? reader_->bytesRead() : 0); }
+
+private:
+    void open();
+    Found take(LineBatch& batch);
+
+    std::vector<InputFile>& files_;
+    const size_t maxLines_;
+    size_t file_ = 0;
+    std::optional<LineReader> reader_;  // of that file, once it is open
+    bool longLineWaits_ = false;
+    uint64_t bytesBefore_ = 0;
+};
+
+}  // namespace Velo::OS::Telemetry::replay
