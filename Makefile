@@ -1,8 +1,9 @@
 # The front door: every daily task has a name here. `make run` and `make test` need nothing but a Debian machine.
 
 BUILD := build
+PREFIX ?= /usr/local
 
-.PHONY: run test bench tidy format clean deps
+.PHONY: run test bench install tidy format clean deps
 
 run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
@@ -24,6 +25,11 @@ test: deps $(BUILD)/dev/build.ninja
 bench: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry_benchmarks
 	@$(BUILD)/release/benchmarks/telemetry_benchmarks
+
+# Into PREFIX, below DESTDIR if that is set.
+install: deps $(BUILD)/release/build.ninja
+	@cmake --build $(BUILD)/release --target telemetry-replay
+	@DESTDIR="$(DESTDIR)" cmake --install $(BUILD)/release --prefix "$(PREFIX)" --strip
 
 # Configures anew, or files added since would go unchecked.
 tidy: $(BUILD)/clang/build.ninja
