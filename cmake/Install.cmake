@@ -51,5 +51,6 @@ install(FILES "${PROJECT_BINARY_DIR}/TelemetryProcessorConfigVersion.cmake"
 file(RELATIVE_PATH headers_from_libraries "${CMAKE_INSTALL_FULL_LIBDIR}" "${CMAKE_INSTALL_FULL_INCLUDEDIR}")
 get_target_property(android_library AndroidPlatform::utils IMPORTED_LOCATION)
 get_filename_component(android_libdir "${android_library}" DIRECTORY)
-configure_file("${PROJECT_SOURCE_DIR}/cmake/telemetryprocessor.pc.in" "${PROJECT_BINARY_DIR}/telemetryprocessor.pc" @ONLY)
+configure_file("${PROJECT_SOURCE_DIR}/cmake/telemetryprocessor.pc.in" "${PROJECT_BINARY_DIR}/telemetryprocessor.pc"
+               @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/telemetryprocessor.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
