@@ -107,6 +107,7 @@ EventResult DevicePipeline::processEvent(std::unique_ptr<TelemetryEventBundle> e
     droppedBy_ = nullptr;
     if (journey) event = std::make_unique<FollowedEvent>(std::move(*event), *journey);
     EventResult result = processor_->processEvent(std::move(event));
+    watch_->end();
     if (result.hasValue()) return result;
 
     // No applier refuses an event, so it was a guard.

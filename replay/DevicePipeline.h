@@ -49,6 +49,13 @@ public:
     const std::vector<Journey::Stage>& stages() const { return stages_; }
     const std::map<std::string, uint64_t>& counters() const { return watch_->counters(); }
 
+    /// From now on takes the time of each stage, which costs some.
+    void timeStages() { watch_->timeStages(stages_); }
+    /// Of all stages that the pipeline itself runs, in order; empty if it was not asked to take it.
+    std::vector<StageTime> stageTimes() const { return watch_->stageTimes(); }
+    /// Of the device.
+    const Device::Clock& clock() const { return services_->device().clock; }
+
 private:
     struct Guard {
         std::shared_ptr<IGuard> guard;

@@ -4,8 +4,10 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "replay/Journey.h"
+#include "replay/StageTimer.h"
 #include "telemetry/IEventTracingManager.h"
 #include "telemetry/IHealthCountersManager.h"
 
@@ -24,10 +26,20 @@ public:
         IntakeFormat format{};
     };
 
+    /// From now on takes the time of these stages.
+    void timeStages(const std::vector<Journey::Stage>& stages) { timer_.emplace(stages); }
+    /// Empty if it was not asked to take it.
+    std::vector<StageTime> stageTimes() const { return timer_ ? timer_->times() : std::vector<StageTime>(); }
+
     /// A new event is in hand. Its journey, if it is to have one, is lent.
     void begin(Journey* journey) {
         sight_ = {};
         journey_ = journey;
+        if (timer_) timer_->begin(journey != nullptr);
+    }
+    /// The event has left the pipeline; a stage that throws keeps it.
+    void end() {
+        if (timer_) timer_->end();
     }
     const Sight& sight() const { return sight_; }
     Journey* journey() const { return journey_; }
@@ -37,6 +49,7 @@ public:
         sight_.uid = uid;
         sight_.stage = stageName;
         if (journey_) journey_->enter(stageName);
+        if (timer_) timer_->enter(stageName);
     }
     void incrementCounter(const std::string& counterName, int32_t amount) override {
         counters_[counterName] += static_cast<uint64_t>(amount);
@@ -51,6 +64,7 @@ public:
 private:
     Sight sight_;
     Journey* journey_ = nullptr;
+    std::optional<StageTimer> timer_;
     std::map<std::string, uint64_t> counters_;
 };
 
