@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "replay/BundleFromJson.h"
+#include "replay/Suggestion.h"
 #include "telemetry/IntakeFormat.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -33,6 +35,17 @@ constexpr std::string_view kDropped = "dropped", kReportedAt = "reported_at";
 
 constexpr uint32_t kDefaultUid = 1000;  // the system's own
 
+LineError unknownMember(const std::string& name) {
+    std::vector<std::string_view> known;
+    for (const auto& [field, pointer] : kFields) known.push_back(field);
+    return LineError{name + ": unknown member" + didYouMean(name, known)};
+}
+
+LineError unknownFormat(const std::string& format) {
+    constexpr std::string_view kFormats[] = {"json", "libtelemetry", "osndk", "atom"};
+    return LineError{R"(format: expected "json", "libtelemetry", "osndk" or "atom")" + didYouMean(format, kFormats)};
+}
+
 MaybeError findFields(Json::Value& line, Fields& fields) {
     for (auto member = line.begin(); member != line.end(); ++member) {
         const std::string name = member.name();
@@ -41,7 +54,7 @@ MaybeError findFields(Json::Value& line, Fields& fields) {
             if (name == known) field = pointer;
         }
         if (name == kDropped || name == kReportedAt) continue;
-        if (field == nullptr) return LineError{name + ": unknown member"};
+        if (field == nullptr) return unknownMember(name);
         fields.*field = &*member;
     }
     return std::nullopt;
@@ -88,7 +101,7 @@ EventDecoder::Decoded decodeFields(Fields& fields, std::string_view line) {
     const uint32_t uid = fields.uid ? fields.uid->asUInt() : kDefaultUid;
     if (fields.data) {
         const std::optional<IntakeFormat> format = intakeFormat(fields);
-        if (!format) return LineError{R"(format: expected "json", "libtelemetry", "osndk" or "atom")"};
+        if (!format) return unknownFormat(fields.format->asString());
         return std::make_unique<TelemetryEventBundle>(name, std::move(*fields.data), uid, *format);
     }
     android::os::PersistableBundle bundle;
