@@ -3,7 +3,7 @@
 #include <limits>
 
 #include "replay/JsonFile.h"
-#include "replay/JsonNode.h"
+#include "replay/Suggestion.h"
 #include "telemetry/TelemetrySorelconfigs.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -93,7 +93,9 @@ void readClock(const JsonNode& node, Device::Clock& clock) {
 
 void readTelemetryEnabled(const JsonNode& node, std::map<int64_t, bool>& enabled) {
     if (node.isArray()) return readTimeline(node, "enabled", true, enabled);
-    node.read(enabled[std::numeric_limits<int64_t>::min()]);
+    bool always = true;
+    node.read(always);
+    enabled[std::numeric_limits<int64_t>::min()] = always;
 }
 
 void readRateLimits(const JsonNode& node, Device::RateLimits& limits) {
@@ -114,19 +116,25 @@ void readFilter(const JsonNode& node, Device::Filter& filter) {
 }
 
 void readOutcome(const JsonNode& node, FetchOutcome& outcome) {
-    const std::pair<const char*, FetchOutcome> outcomes[] = {
+    const std::pair<std::string_view, FetchOutcome> outcomes[] = {
         {"noChange", FetchOutcome::NoChange},           {"persistSuccess", FetchOutcome::PersistSuccess},
         {"persistError", FetchOutcome::PersistError},   {"parseError", FetchOutcome::ParseError},
         {"endpointError", FetchOutcome::EndpointError}, {"userTokenEmpty", FetchOutcome::UserTokenEmpty},
     };
+    std::vector<std::string_view> names;
     std::string text;
+    for (const auto& [name, value] : outcomes) {
+        names.push_back(name);
+        if (value == outcome) text = name;
+    }
     node.read(text);
     for (const auto& [name, value] : outcomes) {
         if (text != name) continue;
         outcome = value;
         return;
     }
-    node.fail("expected noChange, persistSuccess, persistError, parseError, endpointError or userTokenEmpty");
+    node.fail("expected noChange, persistSuccess, persistError, parseError, endpointError or userTokenEmpty" +
+              didYouMean(text, names));
 }
 
 void readRecords(const JsonNode& node, Device::DynamicTelemetry::Records& records, int64_t& atMs) {
@@ -158,7 +166,10 @@ void readRecords(const JsonNode& node, Device::DynamicTelemetry::Records& record
                        {"finished_us", into(fetch.fetchFinished)},
                        {"outcome", [&](const JsonNode& outcome) { readOutcome(outcome, fetch.outcome); }}});
     };
-    node.object({{"at_ms", into(atMs)}, {"guard", readGuardLog}, {"monitor", readMonitorLog}, {"fetch", readFetch}});
+    node.object({{"at_ms", into(atMs)},
+                 {"guard", ifPresent(readGuardLog)},
+                 {"monitor", ifPresent(readMonitorLog)},
+                 {"fetch", ifPresent(readFetch)}});
 }
 
 void readDynamicTelemetry(const JsonNode& node, Device::DynamicTelemetry& telemetry) {
@@ -183,34 +194,43 @@ void readDynamicTelemetry(const JsonNode& node, Device::DynamicTelemetry& teleme
                  {"records", [&](const JsonNode& all) { all.elements(addRecords); }}});
 }
 
+Device readDevice(const JsonNode& root) {
+    Device device;
+    root.object({
+        {"device_ids", [&](const JsonNode& node) { readIds(node, device); }},
+        {"system_properties", [&](const JsonNode& node) { readSystemProperties(node, device); }},
+        {"users", [&](const JsonNode& node) { readUsers(node, device); }},
+        {"identities", into(device.identities)},
+        {"packages", [&](const JsonNode& node) { readPackages(node, device); }},
+        {"foreground", [&](const JsonNode& node) { readForeground(node, device.foreground); }},
+        {"sessions", [&](const JsonNode& node) { readSessions(node, device.sessions); }},
+        {"app_overrides", [&](const JsonNode& node) { readAppOverrides(node, *device.appOverrides); }},
+        {"telemetry_enabled", [&](const JsonNode& node) { readTelemetryEnabled(node, device.telemetryEnabled); }},
+        {"feature_gates",
+         [&](const JsonNode& node) {
+             node.object({{TelemetrySorelconfigs::EnableIntakeMonitor, into(device.intakeGate)}});
+         }},
+        {"events_in_verification", into(device.eventsInVerification)},
+        {"rate_limits", [&](const JsonNode& node) { readRateLimits(node, device.rateLimits); }},
+        {"checkpointed_uids", into(device.checkpointedUids)},
+        {"filter", [&](const JsonNode& node) { readFilter(node, device.filter); }},
+        {"dynamic_telemetry", [&](const JsonNode& node) { readDynamicTelemetry(node, device.dynamicTelemetry); }},
+        {"clock", [&](const JsonNode& node) { readClock(node, device.clock); }},
+    });
+    return device;
+}
+
+JsonFile parseDevice(InputFile& file) { return JsonFile(file, kMaxBytes); }
+
 }  // namespace
 
-Device readDevice(InputFile& file) {
-    Device device;
-    const Json::Value root = parseJson(readText(file, kMaxBytes), file.name());
-    JsonNode(root, file.name())
-        .object({
-            {"device_ids", [&](const JsonNode& node) { readIds(node, device); }},
-            {"system_properties", [&](const JsonNode& member) { readSystemProperties(member, device); }},
-            {"users", [&](const JsonNode& node) { readUsers(node, device); }},
-            {"identities", into(device.identities)},
-            {"packages", [&](const JsonNode& node) { readPackages(node, device); }},
-            {"foreground", [&](const JsonNode& node) { readForeground(node, device.foreground); }},
-            {"sessions", [&](const JsonNode& node) { readSessions(node, device.sessions); }},
-            {"app_overrides", [&](const JsonNode& node) { readAppOverrides(node, *device.appOverrides); }},
-            {"telemetry_enabled", [&](const JsonNode& node) { readTelemetryEnabled(node, device.telemetryEnabled); }},
-            {"feature_gates",
-             [&](const JsonNode& node) {
-                 node.object({{TelemetrySorelconfigs::EnableIntakeMonitor, into(device.intakeGate)}});
-             }},
-            {"events_in_verification", into(device.eventsInVerification)},
-            {"rate_limits", [&](const JsonNode& node) { readRateLimits(node, device.rateLimits); }},
-            {"checkpointed_uids", into(device.checkpointedUids)},
-            {"filter", [&](const JsonNode& node) { readFilter(node, device.filter); }},
-            {"dynamic_telemetry", [&](const JsonNode& node) { readDynamicTelemetry(node, device.dynamicTelemetry); }},
-            {"clock", [&](const JsonNode& node) { readClock(node, device.clock); }},
-        });
-    return device;
+Device readDevice(InputFile& file) { return readDevice(JsonNode(parseDevice(file))); }
+
+std::vector<ReadValue> listDevice(InputFile* file) {
+    std::vector<ReadValue> values;
+    const JsonFile json = file ? parseDevice(*file) : JsonFile({}, "{}");
+    readDevice(JsonNode(json, &values));
+    return values;
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -1,5 +1,8 @@
 #include "replay/JsonFile.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "replay/FileError.h"
 #include "replay/StrictJson.h"
 
@@ -24,6 +27,19 @@ Json::Value parseJson(const std::string& text, const std::string& fileName) {
         throw FileError(fileName + ":" + std::to_string(fault->line) + ": " + fault->text);
     }
     return root;
+}
+
+JsonFile::JsonFile(InputFile& file, size_t maxBytes) : JsonFile(file.name(), readText(file, maxBytes)) {}
+
+JsonFile::JsonFile(std::string name, const std::string& text) : name_(std::move(name)), root_(parseJson(text, name_)) {
+    for (size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1)) {
+        newlines_.push_back(static_cast<std::ptrdiff_t>(at));
+    }
+}
+
+size_t JsonFile::lineOf(const Json::Value& value) const {
+    const auto after = std::lower_bound(newlines_.begin(), newlines_.end(), value.getOffsetStart());
+    return static_cast<size_t>(after - newlines_.begin()) + 1;
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -1,33 +1,87 @@
 #include "replay/JsonNode.h"
 
+#include <cstring>
+#include <string_view>
+
+#include "replay/CompactJson.h"
 #include "replay/FileError.h"
 #include "replay/StrictJson.h"
+#include "replay/Suggestion.h"
 
 namespace Velo::OS::Telemetry::replay {
 
+namespace {
+
+constexpr char kComment[] = "//";
+
+std::string suggestion(const std::string& name, const std::vector<JsonNode::Field>& fields) {
+    std::vector<std::string_view> known;
+    known.reserve(fields.size());
+    for (const JsonNode::Field& field : fields) known.emplace_back(field.name);
+    return didYouMean(name, known);
+}
+
+bool hasField(const std::vector<JsonNode::Field>& fields, const std::string& name) {
+    for (const JsonNode::Field& field : fields) {
+        if (name == field.name) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
 void JsonNode::fail(const std::string& reason) const {
-    throw FileError(file_ + ": " + (path_.empty() ? "" : path_ + ": ") + reason);
+    throw FileError(context_.file->name() + ": " + (path_.empty() ? "" : path_ + ": ") + reason);
+}
+
+std::string JsonNode::where() const { return place() + (path_.empty() ? "" : ": " + path_); }
+
+std::string JsonNode::place() const {
+    return value_ ? context_.file->name() + ":" + std::to_string(context_.file->lineOf(*value_)) : "default";
+}
+
+std::string JsonNode::text() const { return toCompactJson(value_ ? *value_ : Json::Value()); }
+
+void JsonNode::list(const Json::Value& value) const {
+    if (context_.list) context_.list->push_back({path_, toCompactJson(value), place()});
 }
 
 void JsonNode::read(bool& out) const {
-    if (!value_.isBool()) fail("expected true or false");
-    out = value_.asBool();
+    if (value_) {
+        if (!value_->isBool()) fail("expected true or false");
+        out = value_->asBool();
+    }
+    list(out);
 }
 
 void JsonNode::read(std::string& out) const {
-    if (!value_.isString()) fail("expected a string");
-    out = value_.asString();
+    if (value_) {
+        if (!value_->isString()) fail("expected a string");
+        out = value_->asString();
+    }
+    list(out);
 }
 
 void JsonNode::read(double& out) const {
-    if (!value_.isNumeric()) fail("expected a number");
-    out = value_.asDouble();
+    if (value_) {
+        if (!value_->isNumeric()) fail("expected a number");
+        out = value_->asDouble();
+    }
+    list(out);
+}
+
+void JsonNode::read(Json::Value& out) const {
+    if (value_) out = *value_;
+    list(out);
 }
 
 template <typename Integer>
 void JsonNode::readInteger(Integer& out) const {
-    if (!isIntegerLiteral(value_) || !value_.is<Integer>()) fail("expected " + nameOf<Integer>());
-    out = value_.as<Integer>();
+    if (value_) {
+        if (!isIntegerLiteral(*value_) || !value_->is<Integer>()) fail("expected " + nameOf<Integer>());
+        out = value_->as<Integer>();
+    }
+    list(out);
 }
 
 template void JsonNode::readInteger(int32_t&) const;
@@ -35,27 +89,51 @@ template void JsonNode::readInteger(int64_t&) const;
 template void JsonNode::readInteger(uint32_t&) const;
 template void JsonNode::readInteger(uint64_t&) const;
 
-void JsonNode::object(std::initializer_list<Field> fields) const {
-    members([&](const std::string& name, const JsonNode& member) {
-        for (const Field& field : fields) {
-            if (name == field.name) return field.use(member);
-        }
-        member.fail("unknown member");
-    });
+void JsonNode::readIfPresent(const Use& use) const {
+    if (!value_) return list({});
+    use(*this);
+}
+
+void JsonNode::requireObject() const {
+    if (value_ && !value_->isObject()) fail("expected an object");
+}
+
+JsonNode JsonNode::member(const std::string& name, const Json::Value* value) const {
+    return JsonNode(context_, value, path_.empty() ? name : path_ + "." + name);
+}
+
+void JsonNode::checkMembers(const std::vector<Field>& fields) const {
+    for (auto it = value_->begin(); it != value_->end(); ++it) {
+        const std::string name = it.name();
+        if (hasField(fields, name)) continue;
+        if (name != kComment) member(name, &*it).fail("unknown member" + suggestion(name, fields));
+        if (!it->isString()) member(name, &*it).fail("expected a string");
+    }
+}
+
+void JsonNode::object(const std::vector<Field>& fields) const {
+    requireObject();
+    if (value_) checkMembers(fields);
+    for (const Field& field : fields) {
+        const char* end = field.name + std::strlen(field.name);
+        field.use(member(field.name, value_ ? value_->find(field.name, end) : nullptr));
+    }
 }
 
 void JsonNode::members(const std::function<void(const std::string&, const JsonNode&)>& use) const {
-    if (!value_.isObject()) fail("expected an object");
-    for (auto member = value_.begin(); member != value_.end(); ++member) {
-        const std::string name = member.name();
-        use(name, JsonNode(*member, file_, path_.empty() ? name : path_ + "." + name));
+    requireObject();
+    if (!value_ || value_->empty()) return list(Json::objectValue);
+    for (auto it = value_->begin(); it != value_->end(); ++it) {
+        const std::string name = it.name();
+        use(name, member(name, &*it));
     }
 }
 
 void JsonNode::elements(const Use& use) const {
-    if (!value_.isArray()) fail("expected an array");
-    for (Json::ArrayIndex i = 0; i < value_.size(); ++i) {
-        use(JsonNode(value_[i], file_, path_ + "[" + std::to_string(i) + "]"));
+    if (value_ && !value_->isArray()) fail("expected an array");
+    if (!value_ || value_->empty()) return list(Json::arrayValue);
+    for (Json::ArrayIndex i = 0; i < value_->size(); ++i) {
+        use(JsonNode(context_, &(*value_)[i], path_ + "[" + std::to_string(i) + "]"));
     }
 }
 

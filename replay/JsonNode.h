@@ -5,17 +5,30 @@
 #include <charconv>
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <limits>
 #include <map>
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
+
+#include "replay/JsonFile.h"
 
 namespace Velo::OS::Telemetry::replay {
 
+/// A value that a reader has come upon.
+struct ReadValue {
+    std::string path;    // in its file, "users.0.consent"
+    std::string value;   // compact JSON
+    std::string source;  // "FILE:LINE", or "default" if the file does not have it
+};
+
 /// A value of a JSON file and the place where it stands, for readers that know what they expect there. Each operation
 /// throws `FileError` if the value is something else: "FILE: path.to[0].it: expected a string".
+///
+/// A field that its object lacks is a node too, an absent one: to read it leaves the variable as it is. Thus a reader
+/// visits all that could be in the file, and can have it listed.
 class JsonNode {
 public:
     using Use = std::function<void(const JsonNode&)>;
@@ -25,10 +38,16 @@ public:
         Use use;
     };
 
-    /// The value is lent.
-    JsonNode(const Json::Value& value, const std::string& file) : JsonNode(value, file, {}) {}
+    /// The file's root. Both arguments are lent; whatever is read is appended to the list, if there is one.
+    explicit JsonNode(const JsonFile& file, std::vector<ReadValue>* list = nullptr)
+        : JsonNode({&file, list}, &file.root(), {}) {}
 
     [[noreturn]] void fail(const std::string& reason) const;
+    /// Where the value is, for errors that are found later: "FILE:LINE: path.to[0].it".
+    std::string where() const;
+
+    /// The value as compact JSON, null if it is absent.
+    std::string text() const;
 
     void read(bool& out) const;
     void read(std::string& out) const;
@@ -37,10 +56,13 @@ public:
     void read(uint32_t& out) const { readInteger(out); }
     void read(uint64_t& out) const { readInteger(out); }
     void read(double& out) const;
-    void read(Json::Value& out) const { out = value_; }
+    void read(Json::Value& out) const;
+    /// An absent one is listed as null if it has no default.
     template <typename T>
     void read(std::optional<T>& out) const {
-        read(out.emplace());
+        if (value_) out.emplace();
+        if (out) return read(*out);
+        list({});
     }
     /// An array. An element may occur twice.
     template <typename T>
@@ -62,10 +84,15 @@ public:
         numbered<Integer>([&](Integer number, const JsonNode& member) { member.read(out[number]); });
     }
 
-    bool isArray() const { return value_.isArray(); }
+    /// Leaves alone what is absent, and lists it as null.
+    void readIfPresent(const Use& use) const;
 
-    /// An object with these fields and no others. Each may be absent.
-    void object(std::initializer_list<Field> fields) const;
+    bool isArray() const { return value_ && value_->isArray(); }
+    bool isObject() const { return value_ && value_->isObject(); }
+
+    /// An object with these fields and no others but "//", a comment, which is a string. Visits each field, in this
+    /// order, be it there or absent.
+    void object(const std::vector<Field>& fields) const;
     /// An object with members of any name.
     void members(const std::function<void(const std::string&, const JsonNode&)>& use) const;
     /// An object with numbers for names, each in its shortest form.
@@ -81,9 +108,19 @@ public:
     void elements(const Use& use) const;
 
 private:
-    JsonNode(const Json::Value& value, const std::string& file, std::string path)
-        : value_(value), file_(file), path_(std::move(path)) {}
+    struct Context {
+        const JsonFile* file;
+        std::vector<ReadValue>* list;  // may be null
+    };
 
+    JsonNode(const Context& context, const Json::Value* value, std::string path)
+        : context_(context), value_(value), path_(std::move(path)) {}
+
+    void requireObject() const;
+    void checkMembers(const std::vector<Field>& fields) const;
+    JsonNode member(const std::string& name, const Json::Value* value) const;
+    std::string place() const;
+    void list(const Json::Value& value) const;
     template <typename Integer>
     void readInteger(Integer& out) const;
     template <typename Integer>
@@ -92,8 +129,8 @@ private:
                std::to_string(std::numeric_limits<std::make_unsigned_t<Integer>>::digits) + "-bit integer";
     }
 
-    const Json::Value& value_;
-    const std::string& file_;
+    const Context context_;
+    const Json::Value* const value_;  // null if it is absent
     const std::string path_;
 };
 
@@ -101,6 +138,12 @@ private:
 template <typename T>
 JsonNode::Use into(T& out) {
     return [&out](const JsonNode& node) { node.read(out); };
+}
+
+/// Has a field used only if it is there.
+template <typename Use>
+JsonNode::Use ifPresent(Use use) {
+    return [use = std::move(use)](const JsonNode& node) { node.readIfPresent(use); };
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -255,7 +255,8 @@ TEST_F(ReplayTool, NamesWhatIsWrongWithADevice) {
         {"{\r\n \"users\": 1 1}", "2: not JSON: column 13: Missing ',' or '}' in object declaration"},
         {"{\n\n\xFF", "3: not UTF-8: column 1"},
         {std::string(2 << 20, ' '), " longer than 1048576 bytes"},
-        {R"({"user":{}})", " user: unknown member"},
+        {R"({"user":{}})", " user: unknown member; did you mean \"users\"?"},
+        {R"({"//":"a comment","clock":{"//":1}})", " clock.//: expected a string"},
         {R"({"identities":{"10123":5}})", " identities.10123: expected a string"},
         {"\xEF\xBB\xBF"
          R"({"identities":{"1\u0000":""}})",
@@ -271,10 +272,11 @@ TEST_F(ReplayTool, NamesWhatIsWrongWithADevice) {
          " app_overrides.1.0: 0 stands for no application, which has no overrides"},
         {R"({"events_in_verification":["a",1]})", " events_in_verification[1]: expected a string"},
         {R"({"feature_gates":{"arvo_mobile_telemetry_intake":true}})",
-         " feature_gates.arvo_mobile_telemetry_intake: unknown member"},
+         " feature_gates.arvo_mobile_telemetry_intake: unknown member; did you mean "
+         "\"arvo_mobile_telemetry_intake_monitor\"?"},
         {R"({"dynamic_telemetry":{"records":[{"fetch":{"outcome":"NoChange"}}]}})",
          " dynamic_telemetry.records[0].fetch.outcome: expected noChange, persistSuccess, persistError, parseError, "
-         "endpointError or userTokenEmpty"},
+         "endpointError or userTokenEmpty; did you mean \"noChange\"?"},
         {R"({"dynamic_telemetry":{"events":{"a":{"sample_rate":"1"}}}})",
          " dynamic_telemetry.events.a.sample_rate: expected a number"},
         {R"({"dynamic_telemetry":{"events":{"a":{"sample_rate":1.5}}}})",
