@@ -1,10 +1,11 @@
 #include "replay/Replay.h"
 
 #include <algorithm>
-#include <limits>
 #include <string>
 #include <thread>
 #include <utility>
+
+#include "replay/Interruption.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -12,7 +13,6 @@ namespace {
 
 /// Long enough for turns to cost little, short enough for the events of all threads to fit a cache.
 constexpr size_t kBatchLines = 32;
-constexpr uint64_t kNoTicket = std::numeric_limits<uint64_t>::max();
 
 Replay::Options checked(Replay::Options options) {
     if (options.stopsAtBadLine) options.threads = 1;
@@ -26,8 +26,7 @@ Replay::Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, Opti
       pipeline_(pipeline),
       console_(console),
       options_(checked(std::move(options))),
-      reader_(files.inputs, options_.threads > 1 ? kBatchLines : 1),
-      lastTicket_(kNoTicket) {}
+      reader_(files.inputs, options_.threads > 1 ? kBatchLines : 1) {}
 
 EventBatch::Wishes Replay::wishes() const {
     EventBatch::Wishes wishes;
@@ -87,7 +86,10 @@ bool Replay::read(Work& work) {
         found = reader_.next(work.batch.lines(), [&] { return awaitInput(work.ticket); });
         if (found == BatchReader::Found::LongLine) handleLongLine(work.ticket);
     });
-    if (found == BatchReader::Found::End) return false;
+    if (found == BatchReader::Found::End) {
+        hasReachedEnd_ = interruption() == 0;
+        return false;
+    }
     ++tickets_;
     work.bytesRead = reader_.bytesRead();
     if (options_.isDone) work.place = reader_.place();

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <limits>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -50,8 +51,12 @@ public:
     void run();
 
     const Counts& counts() const { return counts_; }
+    /// Whether it has come to the end of the inputs, and has had no reason to stop before.
+    bool isComplete() const { return hasReachedEnd_ && lastTicket_ == kNoTicket; }
 
 private:
+    static constexpr uint64_t kNoTicket = std::numeric_limits<uint64_t>::max();
+
     /// What a thread has in hand.
     struct Work {
         explicit Work(const EventBatch::Wishes& wishes) : batch(wishes) {}
@@ -87,15 +92,16 @@ private:
     std::mutex reading_;  // guards the input
     BatchReader reader_;
     uint64_t tickets_ = 0;
+    bool hasReachedEnd_ = false;
 
     Turnstile processing_;  // for the pipeline
     Turnstile writing_;     // for the files, the console and what follows
     Counts counts_;
     bool hasGoneTooFar_ = false;  // with reports about reports
 
-    std::atomic<uint64_t> lastTicket_;  // batches after it are discarded
-    std::mutex stopping_;               // to lower it, and for what follows
-    std::exception_ptr failure_;        // in that batch
+    std::atomic<uint64_t> lastTicket_ = kNoTicket;  // batches after it are discarded
+    std::mutex stopping_;                           // to lower it, and for what follows
+    std::exception_ptr failure_;                    // in that batch
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -2,18 +2,26 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
+#include <optional>
 #include <ostream>
 #include <streambuf>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/tracing/HostTracing.h"
+#include "replay/ConfigCommand.h"
 #include "replay/Console.h"
 #include "replay/DeskDevice.h"
+#include "replay/Expectations.h"
 #include "replay/FileError.h"
 #include "replay/Interruption.h"
+#include "replay/JourneyStart.h"
 #include "replay/LibraryLog.h"
 #include "replay/Replay.h"
 #include "replay/RunFiles.h"
+#include "replay/RunReport.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -46,13 +54,61 @@ void writeTrace(OutputFile& file) {
     if (!host::writeTrace(stream)) throw FileError("cannot write " + file.name());
 }
 
-bool closeAllButTrace(RunFiles& files, Console& console) {
-    bool closed = true;
-    for (OutputFile* file : files.outputs()) {
-        const bool isTrace = files.trace && file == &*files.trace;
-        if (!isTrace) closed &= console.attempt([&] { file->close(); });
+/// Those who look at all of a run, beside the files that it writes.
+struct Watchers {
+    std::optional<Expectations> expectations;
+    std::optional<RunReport> report;
+    JourneyStart journeyStart;
+};
+
+Replay::Options replayOptions(const RunOptions& options, DevicePipeline& pipeline, Watchers& watchers) {
+    Replay::Options replay;
+    replay.threads = options.threads;
+    replay.stopsAtBadLine = options.strict;
+    if (watchers.expectations) {
+        replay.observers.emplace_back([&](const Observation& event) { watchers.expectations->observe(event); });
+    }
+    if (watchers.report) {
+        pipeline.timeStages();
+        replay.observers.emplace_back([&](const Observation& event) { watchers.report->observe(event); });
+        replay.follow = [&, left = options.reportEvents](const LinePlace& place, bool isReport,
+                                                         const TelemetryEvent& event, std::string_view line) mutable {
+            if (isReport || left == 0) return std::unique_ptr<Journey>();
+            --left;
+            return watchers.journeyStart.begin(place, isReport, event, line, pipeline.stages());
+        };
+    }
+    return replay;
+}
+
+/// Not where it would mix with what someone is typing.
+void showStatus(const RunFiles& files, Console& console) {
+    const auto isTerminal = [](const InputFile& input) { return input.isTerminal(); };
+    if (std::any_of(files.inputs.begin(), files.inputs.end(), isTerminal)) return;
+    console.showStatus(files.output.isTerminal() ? Console::Status::WhenWaiting : Console::Status::Always,
+                       files.inputBytes());
+}
+
+/// Those of events: the others are not written yet.
+bool closeEventFiles(RunFiles& files, Console& console) {
+    bool closed = console.attempt([&] { files.output.close(); });
+    for (std::optional<OutputFile>* file : {&files.rejects, &files.drops, &files.monitorEvents}) {
+        if (*file) closed &= console.attempt([&] { (*file)->close(); });
     }
     return closed;
+}
+
+bool finishReport(const RunReport& report, RunFacts facts, RunFiles& files, const DevicePipeline& pipeline,
+                  Console& console) {
+    for (const InputFile& input : files.inputs) facts.inputs.push_back(input.name());
+    facts.drops = pipeline.drops();
+    facts.counters = pipeline.counters();
+    facts.stageTimes = pipeline.stageTimes();
+    facts.clock = pipeline.clock();
+    return console.attempt([&] {
+        report.write(*files.report, facts);
+        files.report->close();
+    });
 }
 
 bool finishTrace(RunFiles& files, Console& console) {
@@ -65,44 +121,56 @@ bool finishTrace(RunFiles& files, Console& console) {
     });
 }
 
-/// Not where it would mix with what someone is typing.
-void showStatus(const RunFiles& files, Console& console) {
-    const auto isTerminal = [](const InputFile& input) { return input.isTerminal(); };
-    if (std::any_of(files.inputs.begin(), files.inputs.end(), isTerminal)) return;
-    console.showStatus(files.output.isTerminal() ? Console::Status::WhenWaiting : Console::Status::Always,
-                       files.inputBytes());
+/// Says what does not hold.
+ExitStatus checkExpectations(const Expectations& expectations, bool isComplete, Console& console) {
+    if (!isComplete) {
+        console.error("expectations not checked: the run has not come to its end");
+        return ExitStatus::Unusable;
+    }
+    const std::vector<std::string> failures = expectations.failures();
+    for (const std::string& failure : failures) console.error(failure);
+    return failures.empty() ? ExitStatus::Success : ExitStatus::BadInput;
 }
 
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
+    Watchers watchers;
+    if (files.expectations) watchers.expectations.emplace(readExpectations(*files.expectations));
+    if (files.report) watchers.report.emplace(options.reportEvents);
     DeskDevice device(files, options.store, console);
     DevicePipeline& pipeline = device.pipeline();
+    Replay replay(files, pipeline, console, replayOptions(options, pipeline, watchers));
     files.emptyOutputs();
-    Replay::Options replayOptions;
-    replayOptions.threads = options.threads;
-    replayOptions.stopsAtBadLine = options.strict;
-    Replay replay(files, pipeline, console, std::move(replayOptions));
     showStatus(files, console);
     if (files.trace) host::startTracing();
 
+    RunFacts facts;
+    facts.started = std::chrono::system_clock::now();
     const auto start = std::chrono::steady_clock::now();
     bool usable = console.attempt([&] { replay.run(); });
     console.hideStatus();
-    usable &= closeAllButTrace(files, console);
+    usable &= closeEventFiles(files, console);
     usable &= console.attempt([&] { device.handBackSequenceNumbers(); });
-    const auto elapsed = std::chrono::steady_clock::now() - start;
+    facts.elapsed = std::chrono::steady_clock::now() - start;
+    facts.counts = replay.counts();
     usable &= finishTrace(files, console);
+    if (watchers.report) usable &= finishReport(*watchers.report, facts, files, pipeline, console);
 
-    console.summary(replay.counts(), elapsed);
+    console.summary(facts.counts, facts.elapsed);
     console.table("dropped by", pipeline.drops());
     console.table("counters", {pipeline.counters().begin(), pipeline.counters().end()});
     if (!usable) return ExitStatus::Unusable;
     if (interruption() != 0) return statusOfInterruption();
-    return replay.counts().bad > 0 ? ExitStatus::BadInput : ExitStatus::Success;
+    if (facts.counts.bad > 0 && options.strict) return ExitStatus::BadInput;
+    const ExitStatus checked = watchers.expectations
+                                   ? checkExpectations(*watchers.expectations, replay.isComplete(), console)
+                                   : ExitStatus::Success;
+    return facts.counts.bad > 0 && checked == ExitStatus::Success ? ExitStatus::BadInput : checked;
 }
 
 }  // namespace
 
 ExitStatus runCommand(const RunOptions& options) {
+    if (options.printConfig) return printConfigCommand(options);
     expectInterruption();
     Console console(options.quiet);
     const LibraryLog libraryLog(console);

@@ -57,18 +57,28 @@ std::optional<File> openIfNamed(const std::optional<std::string>& path) {
     return path ? std::optional<File>(*path) : std::nullopt;
 }
 
+/// What is read beside events, and what to say of it.
+std::vector<std::pair<const InputFile*, const char*>> descriptions(const RunFiles& files) {
+    std::vector<std::pair<const InputFile*, const char*>> all;
+    const auto add = [&](const std::optional<InputFile>& file, const char* meaning) {
+        if (file) all.emplace_back(&*file, meaning);
+    };
+    add(files.device, "it describes the device");
+    add(files.schema, "it is the event schema");
+    add(files.expectations, "it holds the expectations");
+    return all;
+}
+
 void checkInputs(const RunFiles& files, const std::optional<std::string>& storePath) {
     for (const InputFile& input : files.inputs) {
         checkNotTheStore("read", input.name(), input.status(), storePath);
-        if (files.device && isSameFile(input.status(), files.device->status())) {
-            throw FileError("cannot read events from " + input.name() + ": it describes the device");
-        }
-        if (files.schema && isSameFile(input.status(), files.schema->status())) {
-            throw FileError("cannot read events from " + input.name() + ": it is the event schema");
+        for (const auto& [file, meaning] : descriptions(files)) {
+            if (!isSameFile(input.status(), file->status())) continue;
+            throw FileError("cannot read events from " + input.name() + ": " + meaning);
         }
     }
-    for (const auto* file : {&files.device, &files.schema}) {
-        if (*file) checkNotTheStore("read", (*file)->name(), (*file)->status(), storePath);
+    for (const auto& [file, meaning] : descriptions(files)) {
+        checkNotTheStore("read", file->name(), file->status(), storePath);
     }
 }
 
@@ -76,9 +86,7 @@ void checkOutputs(RunFiles& files, const std::optional<std::string>& storePath) 
     const std::vector<OutputFile*> outputs = files.outputs();
     for (auto output = outputs.begin(); output != outputs.end(); ++output) {
         for (const InputFile& input : files.inputs) checkNotAnInput(**output, input);
-        for (const auto* file : {&files.device, &files.schema}) {
-            if (*file) checkNotAnInput(**output, **file);
-        }
+        for (const auto& [file, meaning] : descriptions(files)) checkNotAnInput(**output, *file);
         checkNotTheStore("write", (*output)->name(), (*output)->status(), storePath);
         for (auto earlier = outputs.begin(); earlier != output; ++earlier) checkNotTheSame(**output, **earlier);
     }
@@ -98,7 +106,7 @@ std::optional<uint64_t> RunFiles::inputBytes() const {
 
 std::vector<OutputFile*> RunFiles::outputs() {
     std::vector<OutputFile*> all = {&output};
-    for (std::optional<OutputFile>* file : {&rejects, &drops, &monitorEvents, &trace}) {
+    for (std::optional<OutputFile>* file : {&rejects, &drops, &monitorEvents, &trace, &report}) {
         if (*file) all.push_back(&**file);
     }
     return all;
@@ -113,11 +121,13 @@ RunFiles openRunFiles(const RunOptions& options) {
         .inputs = openInputs(options.inputs),
         .device = openIfNamed<InputFile>(options.device),
         .schema = openIfNamed<InputFile>(options.schema),
+        .expectations = openIfNamed<InputFile>(options.expectations),
         .output = OutputFile(options.output),
         .rejects = openIfNamed<OutputFile>(options.rejects),
         .drops = openIfNamed<OutputFile>(options.drops),
         .monitorEvents = openIfNamed<OutputFile>(options.monitorEvents),
         .trace = openIfNamed<OutputFile>(options.trace),
+        .report = openIfNamed<OutputFile>(options.report),
     };
     checkInputs(files, options.store);
     checkOutputs(files, options.store);

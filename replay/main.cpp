@@ -222,6 +222,12 @@ void addRunCommand(CLI::App& app, RunOptions& options, Command& command) {
     run->add_option("--threads", options.threads, "Decode and write with N threads; the output is the same")
         ->type_name("N")
         ->check(expectPositive);
+    run->add_option("--expect", options.expectations, "Check what becomes of the events against FILE")
+        ->type_name("FILE");
+    run->add_option("--report", options.report, "Write a page that shows the run to FILE")->type_name("FILE");
+    run->add_option("--report-events", options.reportEvents, "The journeys of the first N events are in it")
+        ->type_name("N");
+    run->add_flag("--print-config", options.printConfig, "Print what the run would go by, and stop");
     run->add_flag("--strict", options.strict, "Stop at the first bad line");
     run->add_flag("-q,--quiet", options.quiet, "No warnings, no progress bar, no summary");
     run->footer(kRunFooter);
