@@ -31,7 +31,7 @@ constexpr std::pair<std::string_view, Json::Value * Fields::*> kFields[] = {
     {"atom_id", &Fields::atomId}, {"data", &Fields::data}, {"bundle", &Fields::bundle},
 };
 
-constexpr std::string_view kDropped = "dropped", kReportedAt = "reported_at";
+constexpr std::string_view kComment = "//", kDropped = "dropped", kReportedAt = "reported_at";
 
 constexpr uint32_t kDefaultUid = 1000;  // the system's own
 
@@ -49,6 +49,10 @@ LineError unknownFormat(const std::string& format) {
 MaybeError findFields(Json::Value& line, Fields& fields) {
     for (auto member = line.begin(); member != line.end(); ++member) {
         const std::string name = member.name();
+        if (name == kComment) {
+            if (!member->isString()) return LineError{name + ": expected a string"};
+            continue;
+        }
         Json::Value* Fields::*field = nullptr;
         for (const auto& [known, pointer] : kFields) {
             if (name == known) field = pointer;

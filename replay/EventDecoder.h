@@ -28,8 +28,8 @@ struct LineError {
 ///     bundle    object: the payload of a bundle event, typed as `bundleFromJson` says
 ///     realtime  of a bundle event: bool, false if absent
 ///
-/// Two members that the tool itself adds to lines that it writes, "dropped" and "reported_at", are no part of the
-/// event.
+/// Three more members are no part of the event: "//", a string, is a comment; "dropped" and "reported_at" are added by
+/// the tool itself to lines that it writes.
 ///
 /// Not to be used by two threads at once.
 class EventDecoder {

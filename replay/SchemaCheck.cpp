@@ -101,7 +101,8 @@ private:
 
     void checkNames(const Node& parent, std::initializer_list<std::string_view> known) {
         for (const std::string& name : parent.value.getMemberNames()) {
-            if (std::find(known.begin(), known.end(), name) != known.end()) continue;
+            const bool isComment = name == "//" && parent.value[name].isString();
+            if (isComment || std::find(known.begin(), known.end(), name) != known.end()) continue;
             problem(*optionalMember(parent, name), "unknown member; ignored");
         }
     }
