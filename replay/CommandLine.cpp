@@ -1,0 +1,263 @@
+#include "replay/CommandLine.h"
+
+#include <charconv>
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <sstream>
+#include <string_view>
+#include <utility>
+
+#include "replay/BashCompletion.h"
+#include "replay/CommandTree.h"
+#include "replay/ConfigCommand.h"
+#include "replay/Console.h"
+#include "replay/FileError.h"
+#include "replay/HelpFormat.h"
+#include "replay/HelpTexts.h"
+#include "replay/InitCommand.h"
+#include "replay/ManPage.h"
+#include "replay/OutputFile.h"
+#include "replay/RunCommand.h"
+#include "replay/SchemaCommand.h"
+#include "replay/Suggestion.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+namespace {
+
+constexpr unsigned kMaxThreads = 64;
+/// "-q" is as near to "-h" as to any other.
+constexpr size_t kShortNameLength = 2;
+
+/// A check of an argument says what is wrong with it, if anything.
+using Check = std::function<std::string(const std::string&)>;
+
+Check expectInteger(uint64_t min, uint64_t max) {
+    return [=](const std::string& text) -> std::string {
+        uint64_t number = 0;
+        const char* end = text.data() + text.size();
+        const auto [stop, error] = std::from_chars(text.data(), end, number);
+        if (error == std::errc() && stop == end && number >= min && number <= max) return {};
+        return "expected an integer from " + std::to_string(min) + " to " + std::to_string(max) + ", not \"" + text +
+               "\"";
+    };
+}
+
+Check expectCount(uint64_t min) { return expectInteger(min, std::numeric_limits<uint64_t>::max()); }
+
+template <typename Value>
+CLI::Option& addValue(CLI::App& command, const char* names, const char* value, Value& target, const char* description) {
+    return *command.add_option(names, target, description)->type_name(value);
+}
+
+/// A file by its name, "-" or an option that may be left out.
+template <typename Value>
+void addFile(CLI::App& command, const char* names, Value& target, const char* description) {
+    addValue(command, names, "FILE", target, description).check([](const std::string& path) -> std::string {
+        return path.empty() ? "expected the name of a FILE, not an empty one" : "";
+    });
+}
+
+void addFlag(CLI::App& command, const char* names, bool& target, const char* description) {
+    command.add_flag(names, target, description)->disable_flag_override();
+}
+
+void addInputOptions(CLI::App& command, RunOptions& options) {
+    addFile(command, "FILE", options.inputs, "Files of events; none or - is standard input");
+    addFile(command, "--device", options.device, "Run on the device that FILE describes");
+    addFile(command, "--schema", options.schema, "Classify events by the event schema in FILE");
+}
+
+void addOutputOptions(CLI::App& command, RunOptions& options) {
+    addFile(command, "-o,--output", options.output, "Write the events to FILE instead of standard output");
+    addFile(command, "--rejects", options.rejects, "Write bad lines to FILE, unchanged");
+    addFile(command, "--drops", options.drops, "Write dropped events to FILE, each with the reason");
+    addFile(command, "--monitor-events", options.monitorEvents, "Write what the pipeline reports to FILE");
+    addFile(command, "--trace", options.trace, "Write a trace of the pipeline to FILE, for the Perfetto UI");
+    addFile(command, "--report", options.report, "Write a page that shows the run to FILE");
+    addValue(command, "--report-events", "N", options.reportEvents,
+             "Show the journeys of the first N events on that page, 200 if absent, 0 for none")
+        .check(expectCount(0));
+}
+
+/// The command that was called, as far as it was understood.
+const CLI::App& calledCommand(const CLI::App& tool) {
+    const std::vector<CLI::App*> called = tool.get_subcommands();
+    return called.empty() ? tool : calledCommand(*called.front());
+}
+
+std::string didYouMeanOneOf(std::string_view word, const std::vector<std::string>& known) {
+    return didYouMean(word, std::vector<std::string_view>(known.begin(), known.end()));
+}
+
+/// Names the first word that nobody knows, and what may be meant by it.
+std::string describeUnexpected(const CLI::App& command) {
+    for (const std::string& word : command.remaining()) {
+        if (word == "--") continue;
+        const Commands subcommands = subcommandsOf(command);
+        std::vector<std::string> known;
+        if (!word.starts_with('-') && !subcommands.empty()) {
+            for (const CLI::App* subcommand : subcommands) known.push_back(subcommand->get_name());
+            return "There is no subcommand " + word + didYouMeanOneOf(word, known);
+        }
+        for (const CLI::Option* option : optionsOf(command)) {
+            for (const std::string& name : namesOf(*option)) known.push_back(name);
+        }
+        const std::string name = word.substr(0, word.starts_with("--") ? word.find('=') : word.npos);
+        return "The following argument was not expected: " + name +
+               (name.size() > kShortNameLength ? didYouMeanOneOf(name, known) : "");
+    }
+    return describeUnexpected(*command.get_subcommands().at(0));
+}
+
+/// The error bears the name of its option only in its text, at the beginning.
+std::string describeMismatch(const CLI::App& command, const CLI::ArgumentMismatch& error) {
+    const std::string_view text = error.what();
+    const std::string word(text.substr(0, text.find_first_of(": ")));
+    const CLI::Option* option = nullptr;
+    // That of a flag stands there without its dashes.
+    for (const char* dashes : {"", "-", "--"}) {
+        if (!option) option = command.get_option_no_throw(dashes + word);
+    }
+    if (!option) return std::string(text);
+    const std::string name = option->get_name();
+    if (valueOf(*option).empty()) return name + ": expected no value";
+    if (option->count() > 1 && option->get_items_expected_max() == 1)
+        return name + ": expected once, not " + std::to_string(option->count()) + " times";
+    return name + ": expected a value, " + valueOf(*option) + ", behind it";
+}
+
+/// The option of "--device=", for which the parser would take the word behind it.
+std::optional<std::string> findEmptyValue(std::span<const char* const> arguments) {
+    for (const std::string_view argument : arguments) {
+        if (argument == "--") break;
+        const size_t equals = argument.find('=');
+        if (argument.starts_with("--") && equals + 1 == argument.size()) return std::string(argument.substr(0, equals));
+    }
+    return std::nullopt;
+}
+
+ExitStatus reportWrongCall(const CLI::App& command, const std::string& message) {
+    Console console(/*quiet=*/false);
+    console.error(message);
+    console.error("Run " + callOf(command) + " --help for more information.");
+    return ExitStatus::Unusable;
+}
+
+ExitStatus reportMissingSubcommand(const CLI::App& command) {
+    Console console(/*quiet=*/false);
+    console.error("A subcommand is required");
+    console.error("Usage: " + synopsisOf(command));
+    std::istringstream subcommands(formatSubcommands(command));
+    for (std::string line; std::getline(subcommands, line);) console.error(line);
+    console.error("Run " + callOf(command) + " --help for more information.");
+    return ExitStatus::Unusable;
+}
+
+/// On standard output, whose failure counts.
+ExitStatus print(const std::string& text) {
+    Console console(/*quiet=*/false);
+    const bool printed = console.attempt([&] {
+        OutputFile output("-");
+        output.write(text);
+        output.close();
+    });
+    return printed ? ExitStatus::Success : ExitStatus::Unusable;
+}
+
+}  // namespace
+
+CommandLine::CommandLine() : tool_(std::string(helpOf("").description), "telemetry-replay") {
+    tool_.set_help_flag("-h,--help", "Print help and stop");
+    tool_.set_version_flag("--version", "telemetry-replay " TELEMETRY_REPLAY_VERSION, "Print the version and stop");
+    addFlag(tool_, "--man-page", wantsManPage_, "Print the manual page, for man(1), and stop");
+    addFlag(tool_, "--bash-completion", wantsBashCompletion_,
+            "Print the script that makes bash complete calls, and stop");
+    tool_.require_subcommand(0, 1);
+    addRun();
+    addExplain();
+    addSchema();
+    addInit();
+}
+
+CLI::App& CommandLine::addCommand(CLI::App& parent, const std::string& name, std::function<ExitStatus()> action) {
+    CLI::App* command = parent.add_subcommand(name);
+    command->description(std::string(helpOf(pathOf(*command)).description));
+    if (action) command->callback([this, action = std::move(action)] { action_ = action; });
+    return *command;
+}
+
+void CommandLine::addRun() {
+    CLI::App& command =
+        addCommand(tool_, "run", [this] { return run_.printConfig ? printConfigCommand(run_) : runCommand(run_); });
+    addInputOptions(command, run_);
+    addFile(command, "--store", run_.store,
+            "Keep sequence numbers and the event schema from run to run in FILE, an SQLite database");
+    addFile(command, "--expect", run_.expectations, "Check what becomes of the events against FILE");
+    addOutputOptions(command, run_);
+    addValue(command, "--threads", "N", run_.threads, "Process events on N threads, from 1 to 64, 1 if absent")
+        .check(expectInteger(1, kMaxThreads));
+    addFlag(command, "--strict", run_.strict, "Stop at the first bad line");
+    addFlag(command, "--print-config", run_.printConfig,
+            "Print the effective configuration and where each part comes from, and stop");
+    addFlag(command, "-q,--quiet", run_.quiet, "No warnings, no progress bar, no summary");
+}
+
+void CommandLine::addExplain() {
+    CLI::App& command = addCommand(tool_, "explain", [this] { return explainCommand(explain_); });
+    addInputOptions(command, explain_.run);
+    ExplainChoice& choice = explain_.choice;
+    addValue(command, "--line", "N", choice.lines, "Explain the event on line N; can be given several times")
+        .allow_extra_args(false)
+        ->check(expectCount(1));
+    addValue(command, "--name", "NAME", choice.names, "Explain events of this name; can be given several times")
+        .allow_extra_args(false);
+    addValue(command, "--first", "N", choice.first, "Explain only the first N of these").check(expectCount(1));
+    addFile(command, "-o,--output", explain_.run.output, "Write to FILE instead of standard output");
+    addFlag(command, "--json", explain_.json, "Write JSON instead of text");
+}
+
+void CommandLine::addSchema() {
+    CLI::App& schema = addCommand(tool_, "schema", {});
+    schema.require_subcommand(0, 1);
+    const auto add = [&](const char* name, std::function<ExitStatus()> action) -> CLI::App& {
+        CLI::App& command = addCommand(schema, name, std::move(action));
+        command.add_option("FILE", schemaFile_, "The schema; - is standard input")->required();
+        return command;
+    };
+    add("check", [this] { return checkSchemaCommand(schemaFile_); });
+    add("lookup", [this] { return lookUpSchemaCommand(schemaFile_, schemaNames_); })
+        .add_option("NAME", schemaNames_, "String identifiers of events")
+        ->required();
+}
+
+void CommandLine::addInit() {
+    addCommand(tool_, "init", [this] { return initCommand(newDirectory_); })
+        .add_option("DIR", newDirectory_, "The directory; it is created if there is none")
+        ->required();
+}
+
+ExitStatus CommandLine::run(int argc, const char* const* argv) {
+    if (const auto name = findEmptyValue({argv, static_cast<size_t>(argc)})) {
+        return reportWrongCall(tool_, *name + ": expected a value behind \"=\"");
+    }
+    try {
+        tool_.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        return print(formatHelp(calledCommand(tool_)));
+    } catch (const CLI::CallForVersion& version) {
+        return print(std::string(version.what()) + "\n");
+    } catch (const CLI::ExtrasError&) {
+        return reportWrongCall(calledCommand(tool_), describeUnexpected(tool_));
+    } catch (const CLI::ArgumentMismatch& error) {
+        return reportWrongCall(calledCommand(tool_), describeMismatch(calledCommand(tool_), error));
+    } catch (const CLI::ParseError& error) {
+        return reportWrongCall(calledCommand(tool_), error.what());
+    }
+    if (wantsManPage_) return print(formatManPage(tool_));
+    if (wantsBashCompletion_) return print(formatBashCompletion(tool_));
+    return action_ ? action_() : reportMissingSubcommand(calledCommand(tool_));
+}
+
+}  // namespace Velo::OS::Telemetry::replay

@@ -1,0 +1,172 @@
+#include "replay/ManPage.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <span>
+#include <sstream>
+#include <string_view>
+#include <utility>
+
+#include "replay/CommandTree.h"
+#include "replay/HelpTexts.h"
+
+namespace Velo::OS::Telemetry::replay {
+
+namespace {
+
+/// When the page last changed. Not the day of the build, which would make no two builds alike.
+constexpr char kDate[] = "2026-11-21";
+
+/// What would be an escape or become a typographic character, which is not what is to be copied from the page.
+constexpr std::pair<char, std::string_view> kEscapes[] = {{'\\', "\\e"},  {'-', "\\-"},   {'\'', "\\(aq"},
+                                                          {'`', "\\(ga"}, {'^', "\\(ha"}, {'~', "\\(ti"}};
+
+/// The text as roff that shows it as it is.
+std::string literal(std::string_view text) {
+    std::string roff;
+    for (const char c : text) {
+        const auto escape = std::find_if(std::begin(kEscapes), std::end(kEscapes),
+                                         [&](const auto& candidate) { return candidate.first == c; });
+        roff += escape == std::end(kEscapes) ? std::string_view(&c, 1) : escape->second;
+    }
+    return roff;
+}
+
+std::string bold(std::string_view text) { return "\\fB" + literal(text) + "\\fR"; }
+
+std::string italic(std::string_view text) { return "\\fI" + literal(text) + "\\fR"; }
+
+/// A line of text. One that begins with a dot would be a request.
+std::string line(const std::string& roff) { return (roff.starts_with('.') ? "\\&" : "") + roff + "\n"; }
+
+/// Lines that are shown as they are.
+std::string verbatim(std::string_view text) {
+    std::string roff = ".nf\n";
+    std::istringstream lines{std::string(text)};
+    for (std::string each; std::getline(lines, each);) roff += line(literal(each));
+    return roff + ".fi\n";
+}
+
+/// "telemetry-replay run [OPTIONS] [FILE...]", in which what stands for something else is in italics.
+std::string synopsis(const CLI::App& command) {
+    std::string roff = bold(callOf(command));
+    std::istringstream words(synopsisOf(command).substr(callOf(command).size()));
+    for (std::string word; words >> word;) {
+        const size_t begin = word.find_first_not_of('['), end = word.find_first_of(".]");
+        roff += " " + word.substr(0, begin) + italic(word.substr(begin, end - begin));
+        if (end != std::string::npos) roff += word.substr(end);
+    }
+    return roff;
+}
+
+/// A term, and its description deeper and below.
+std::string entry(const std::string& term, const std::string& description) {
+    return ".TP 8\n" + line(term) + description;
+}
+
+std::string argumentEntry(const CLI::Option& argument) {
+    std::string term;
+    for (const std::string& name : namesOf(argument)) term.append(term.empty() ? "" : ", ").append(bold(name));
+    const std::string value = argument.get_positional() ? repeatableValueOf(argument) : valueOf(argument);
+    if (!value.empty()) term += (term.empty() ? "" : " ") + italic(value);
+    return entry(term, line(literal(argument.get_description())));
+}
+
+std::string argumentEntries(const CLI::App& command) {
+    std::string roff;
+    for (const CLI::Option* positional : positionalsOf(command)) roff += argumentEntry(*positional);
+    for (const CLI::Option* option : optionsOf(command)) {
+        const bool isHelpOfAll = command.get_parent() && option == command.get_help_ptr();
+        if (!isHelpOfAll) roff += argumentEntry(*option);
+    }
+    return roff;
+}
+
+std::string formatBlock(const HelpBlock& block) {
+    const std::string text = block.text.empty() ? "" : line(literal(block.text));
+    switch (block.kind) {
+        case HelpBlock::Kind::Paragraph:
+            return ".PP\n" + text;
+        case HelpBlock::Kind::Definition:
+            return entry(bold(block.term), (block.shape.empty() ? "" : verbatim(block.shape)) + text);
+        case HelpBlock::Kind::Example:
+            return ".PP\n" + line(literal(block.term)) + ".RS 4\n" + verbatim(block.text) + ".RE\n";
+    }
+    return {};
+}
+
+std::string formatBlocks(std::span<const HelpBlock> blocks) {
+    std::string roff;
+    for (const HelpBlock& block : blocks) roff += formatBlock(block);
+    return roff;
+}
+
+/// A heading needs no paragraph of its own to stand apart from what follows.
+std::string heading(const std::string& macro, const std::string& title, std::string content) {
+    constexpr std::string_view kParagraph = ".PP\n";
+    if (content.starts_with(kParagraph)) content.erase(0, kParagraph.size());
+    return macro + " \"" + title + "\"\n" + content;
+}
+
+std::string section(std::string title, const std::string& content) {
+    for (char& c : title) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return heading(".SH", title, content);
+}
+
+std::string formatSections(std::span<const HelpSection> sections) {
+    std::string roff;
+    for (const HelpSection& each : sections) roff += section(std::string(each.title), formatBlocks(each.blocks));
+    return roff;
+}
+
+std::string formatCommand(const CLI::App& command) {
+    const CommandHelp& help = helpOf(pathOf(command));
+    std::string roff = line(literal(help.description)) + argumentEntries(command);
+    for (const HelpSection& each : help.own) roff += ".PP\n" + line(bold(each.title)) + formatBlocks(each.blocks);
+    return heading(".SS", synopsis(command), roff);
+}
+
+/// "replays events": as the index of manual pages lists it, a sentence neither begins nor ends.
+std::string briefly(std::string_view sentence) {
+    std::string text(sentence.substr(0, sentence.find_last_not_of('.') + 1));
+    text.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(text.front())));
+    return literal(text);
+}
+
+std::string formatSynopses(const Commands& commands) {
+    std::string roff;
+    for (const CLI::App* command : commands) {
+        if (!roff.empty()) roff += ".br\n";
+        roff += line(synopsis(*command));
+    }
+    return roff;
+}
+
+/// Those of a group of commands are its commands' too.
+std::string formatExamples(const Commands& commands) {
+    std::string roff;
+    for (const CLI::App* command : commands) {
+        if (subcommandsOf(*command).empty()) roff += formatBlocks(helpOf(pathOf(*command)).examples);
+    }
+    return roff;
+}
+
+}  // namespace
+
+std::string formatManPage(const CLI::App& tool) {
+    const CommandHelp& help = helpOf(pathOf(tool));
+    const Commands commands = allCommandsOf(tool);
+    std::string commandSections;
+    for (const CLI::App* command : commands) commandSections += formatCommand(*command);
+    // No word is hyphenated, and none is stretched apart: many are names.
+    return ".TH TELEMETRY\\-REPLAY 1 " + std::string(kDate) + " \"" + literal(tool.version()) + "\"\n.nh\n.ad l\n" +
+           section("Name", literal(tool.get_name()) + " \\- " + briefly(help.description) + "\n") +
+           section("Synopsis", formatSynopses(commands)) + formatSections(help.own) +
+           section("Options", argumentEntries(tool)) + section("Commands", commandSections) +
+           formatSections(referenceSections()) + section("Examples", formatExamples(commands)) +
+           section("See also", ".BR jq (1)\n");
+}
+
+}  // namespace Velo::OS::Telemetry::replay

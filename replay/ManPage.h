@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace Velo::OS::Telemetry::replay {
+
+/// The manual page of the tool and all its commands, for section 1: roff with the man macros, in ASCII.
+std::string formatManPage(const CLI::App& tool);
+
+}  // namespace Velo::OS::Telemetry::replay
