@@ -9,10 +9,12 @@ run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
 	@mkdir -p out
 	@$(BUILD)/release/replay/telemetry-replay run samples/day.jsonl --device samples/device.json \
-		--schema samples/schema.json --output out/day.jsonl --drops out/drops.jsonl --monitor-events out/monitor-events.jsonl
+		--schema samples/schema.json --output out/day.jsonl --drops out/drops.jsonl \
+		--monitor-events out/monitor-events.jsonl --report out/report.html --expect samples/expect.json
 	@echo "The events as they leave the pipeline: out/day.jsonl"
 	@echo "What was dropped, and why: out/drops.jsonl"
 	@echo "What the pipeline reported: out/monitor-events.jsonl"
+	@echo "All of it as a page for a browser: out/report.html"
 	@echo "The journey of one of the events:"
 	@$(BUILD)/release/replay/telemetry-replay explain samples/day.jsonl --device samples/device.json \
 		--schema samples/schema.json --line 3
@@ -28,7 +30,7 @@ bench: deps $(BUILD)/release/build.ninja
 
 # Into PREFIX, below DESTDIR if that is set.
 install: deps $(BUILD)/release/build.ninja
-	@cmake --build $(BUILD)/release --target telemetry-replay
+	@cmake --build $(BUILD)/release --target replay_documents
 	@DESTDIR="$(DESTDIR)" cmake --install $(BUILD)/release --prefix "$(PREFIX)" --strip
 
 # Configures anew, or files added since would go unchecked.
