@@ -26,6 +26,8 @@ function fill(node, attributes, children) {
 }
 const html = (tag, attributes = {}, ...children) => fill(document.createElement(tag), attributes, children);
 const svg = (tag, attributes = {}, ...children) => fill(document.createElementNS(SVG, tag), attributes, children);
+/** A name that breaks behind underscores if it must. */
+const breakable = name => html("bdi", {}, ...name.split(/(?<=_)(?=[^_])/).flatMap(part => [part, html("wbr")]));
 const tooltip = text => svg("title", {}, text);
 
 /** Characters that show nothing or turn the text around them, as escapes. */
@@ -65,6 +67,9 @@ function widthText(ms) {
   return ms + " ms";
 }
 
+const dayOf = ms => new Date(run.boot_wall_ms + ms).toISOString().slice(5, 10);
+const hasManyDays = isWallClock && dayOf(firstMs) !== dayOf(firstMs + spanMs - 1);
+
 /** A moment, in ms since boot, as fine as the step between such moments. */
 function clockText(ms, step = widthMs) {
   const pad = (number, width = 2) => String(Math.floor(number)).padStart(width, "0");
@@ -72,8 +77,7 @@ function clockText(ms, step = widthMs) {
   if (isWallClock) {
     const iso = new Date(run.boot_wall_ms + ms).toISOString();
     if (step >= DAY) return iso.slice(0, 10);
-    const day = spanMs > DAY ? iso.slice(5, 10) + " " : "";
-    return day + (step >= MINUTE ? iso.slice(11, 16) : iso.slice(11, step < SECOND ? 23 : 19));
+    return (hasManyDays ? iso.slice(5, 10) + " " : "") + (step >= MINUTE ? iso.slice(11, 16) : iso.slice(11, step < SECOND ? 23 : 19));
   }
   if (step >= DAY) return "day " + Math.floor(ms / DAY);
   const seconds = step < MINUTE ? ":" + pad(ms / SECOND % 60) + fraction : "";
@@ -84,7 +88,7 @@ const bucketText = bucket => {
   const from = firstMs + bucket * widthMs;
   return clockText(from) + " to " + clockText(from + widthMs);
 };
-const timeNote = isWallClock ? "UTC" : "h:min since boot";
+const timeNote = isWallClock ? "UTC" : "since boot";
 
 /** Moments to label, at most eight. */
 function ticks() {
@@ -98,6 +102,9 @@ function ticks() {
   return {step, moments};
 }
 const axisTicks = bucketCount > 0 ? ticks() : {step: widthMs, moments: []};
+/** A day is named where it begins. */
+const tickText = ms => !hasManyDays || axisTicks.step >= DAY ? clockText(ms, axisTicks.step)
+  : (run.boot_wall_ms + ms) % DAY === 0 ? dayOf(ms) : clockText(ms, axisTicks.step).slice(6);
 const fractionOf = ms => (ms - firstMs) / spanMs;
 
 // ---- Colours, which stand for the same guard everywhere ----
@@ -127,7 +134,7 @@ function drawHead() {
     ["kept", counts.kept, percent(counts.kept, logged), "var(--kept)"],
     ["dropped", counts.dropped, percent(counts.dropped, logged), "var(--lost)"],
     ["bad", counts.bad, percent(counts.bad, logged), "var(--bad)"],
-    ["events per second", rate, "read, at " + duration(run.elapsed_ns / Math.max(1, counts.read)) + " each", null],
+    ["events per second", rate, counts.read > 0 ? duration(run.elapsed_ns / counts.read) + " for each read" : "nothing read", null],
   ]) {
     byId("totals").append(html("div", {},
       html("dt", {}, colour ? dot(colour) : null, name),
@@ -276,9 +283,15 @@ function lane(pairs, colour) {
       svg("path", {d: barsPath([[bucket, number]], most, 24), fill: colour}))));
 }
 
+/** How many there are, beside each bar that has room for it before the next. */
+const barLabels = pairs => pairs.length > 6 ? [] : pairs
+  .filter(([bucket], i) => i + 1 === pairs.length || pairs[i + 1][0] - bucket > bucketCount / 20)
+  .map(([bucket, number]) =>
+    html("span", {class: "muted", style: `left:${100 * (bucket + 1) / bucketCount}%`}, count(number)));
+
 const axis = () => html("div", {class: "axis"}, ...axisTicks.moments
   .filter(ms => fractionOf(ms) > 0.02 && fractionOf(ms) < 0.98)
-  .map(ms => html("span", {style: `left:${100 * fractionOf(ms)}%`}, clockText(ms, axisTicks.step))));
+  .map(ms => html("span", {style: `left:${100 * fractionOf(ms)}%`}, tickText(ms))));
 
 /** A table of rows {name, number, note, pairs}, each with its time line. */
 function drawLanes(id, rows, columns, colour, emptyText) {
@@ -290,11 +303,11 @@ function drawLanes(id, rows, columns, colour, emptyText) {
       html("th", {scope: "col", class: "right count"}, columns.number),
       html("th", {scope: "col", title: timeNote}, axis()))),
     html("tbody", {}, ...rows.map(row => html("tr", {},
-      html("th", {scope: "row", class: "mono"}, html("bdi", {}, row.name)),
+      html("th", {scope: "row", class: "mono"}, breakable(row.name)),
       columns.note ? html("td", {class: "right muted"}, row.note) : null,
       numberCell(row.number),
-      html("td", {class: "lane"}, lane(row.pairs, colour))))));
-  byId(id).append(table, html("p", {class: "muted"}, `Each bar is ${widthText(widthMs)}. Times are ${timeNote}.`));
+      html("td", {class: "lane"}, lane(row.pairs, colour), ...barLabels(row.pairs))))));
+  byId(id).append(html("div", {class: "scroll"}, table), html("p", {class: "muted"}, `Each bar is ${widthText(widthMs)}. Times are ${timeNote}.`));
 }
 
 const byNumber = (a, b) => b.number - a.number || (a.name < b.name ? -1 : 1);
@@ -350,12 +363,12 @@ function outcomeBar(row) {
 
 function nameRow(row) {
   const found = journeys.some(journey => journey.name === row.name);
-  const name = html("bdi", {}, row.label);
+  const name = breakable(row.label);
   return html("tr", {"data-name": row.label},
     html("th", {scope: "row"},
       found ? html("a", {class: "mono", href: "#search=" + encodeURIComponent(row.name), title: "Show journeys"}, name)
-        : html("span", {class: "mono"}, name),
-      row.isMonitor ? html("span", {class: "tag"}, "monitor") : null),
+        : html("span", {class: row.name === null ? "muted" : "mono"}, name),
+      row.isMonitor ? " " : null, row.isMonitor ? html("span", {class: "tag"}, "monitor") : null),
     numberCell(row.events), numberCell(row.kept), numberCell(row.dropped), numberCell(row.bad),
     html("td", {class: "outcome"}, outcomeBar(row)),
     html("td", {class: "reasons"}, ...Object.entries(row.drops).sort((a, b) => b[1] - a[1]).map(([reason, number]) =>
@@ -398,12 +411,9 @@ function setUpNames() {
   byId("names-kind").addEventListener("change", show);
   show();
 
-  if (bucketCount > 0) {
-    NAME_COLUMNS[NAME_COLUMNS.length - 1].header.append(
-      html("div", {class: "mono"}, `${clockText(firstMs)} to ${clockText(firstMs + spanMs)} ${isWallClock ? "UTC" : "since boot"}`));
-  }
-  byId("untimed").textContent = run.untimed > 0
-    ? `${count(run.untimed)} events do not say when they were created, or not plausibly; they are in no time line.` : "";
+  byId("names-note").textContent =
+    (bucketCount > 0 ? `Time lines run from ${clockText(firstMs)} to ${clockText(firstMs + spanMs)}, ${timeNote}. ` : "") +
+    (run.untimed > 0 ? `${count(run.untimed)} events do not say plausibly when they were created, and are in none.` : "");
 }
 
 // ---- Stages and counters ----
@@ -411,16 +421,17 @@ function setUpNames() {
 function drawStages() {
   const stages = run.stage_times.stages.filter(stage => stage.events > 0).sort((a, b) => b.ns - a.ns);
   const total = sum(stages.map(stage => stage.ns));
-  byId("stages-note").textContent = stages.length === 0 ? "No times were taken."
+  byId("stages-note").textContent = stages.length === 0 ? "No event was timed."
     : `Time from when an event enters a stage to when it leaves it, ${duration(total)} in all. ` +
       (run.stage_times.of_followed_events ? "All events were followed on their journeys, which adds to the times."
         : "Events with a journey are left out: to follow them takes time of its own.");
   if (stages.length === 0) return;
   byId("stages-table").append(
-    html("thead", {}, html("tr", {}, ...[["Stage"], ["Share", "share"], ["", "right"], ["Events", "right"], ["Each", "right"]].map(
+    html("thead", {}, html("tr", {}, ...[["Stage"], ["Kind"], ["Share", "share"], ["", "right"], ["Events", "right"], ["Each", "right"]].map(
       ([title, kind]) => html("th", {scope: "col", class: kind}, title)))),
     html("tbody", {}, ...stages.map(stage => html("tr", {},
-      html("th", {scope: "row"}, html("span", {class: "mono"}, stage.name), html("div", {class: "lead"}, stage.kind)),
+      html("th", {scope: "row"}, html("span", {class: "mono"}, breakable(stage.name))),
+      html("td", {class: "muted"}, stage.kind),
       html("td", {class: "share"}, svg("svg", {viewBox: "0 0 100 1", preserveAspectRatio: "none", role: "presentation"},
         svg("rect", {x: 0, y: 0, height: 1, width: 100 * stage.ns / stages[0].ns, fill: "var(--read)"}))),
       html("td", {class: "right"}, percent(stage.ns, total)),
@@ -434,7 +445,7 @@ function drawCounters() {
   byId("counters-table").append(
     html("thead", {}, html("tr", {}, html("th", {scope: "col"}, "Counter"), html("th", {scope: "col", class: "right"}, "Count"))),
     html("tbody", {}, ...counters.map(([name, number]) => html("tr", {},
-      html("th", {scope: "row", class: "mono"}, name), numberCell(number)))));
+      html("th", {scope: "row", class: "mono"}, breakable(name)), numberCell(number)))));
 }
 
 // ---- Journeys ----
@@ -486,6 +497,9 @@ function stageItem(stage, journey) {
       members(report.bundle))));
 }
 
+const payload = (title, value, isOpen) => html("details", {class: "payload", open: isOpen ? "" : null},
+  html("summary", {}, title), html("pre", {}, jsonText(value, "")));
+
 const lastItem = (kind, title, text) =>
   html("li", {class: kind}, html("b", {class: kind}, title), html("span", {class: "fate"}, text));
 
@@ -504,8 +518,8 @@ function drawJourney(index) {
       `, uid ${journey.uid}, ${journey.format}` +
       (journey.identifier === journey.name ? "" : `, identifier ${visible(journey.identifier)}`)),
     html("ol", {class: "stages"}, ...items),
-    html("h4", {}, "Data before the first stage"), html("pre", {}, jsonText(journey.data, "")),
-    ...(journey.output === undefined ? [] : [html("h4", {}, "As it left"), html("pre", {}, jsonText(journey.output, ""))]));
+    payload("Data before the first stage", journey.data, journey.output === undefined),
+    journey.output === undefined ? "" : payload("As it left", journey.output, true));
   byId("journey").dataset.journey = index + 1;
 }
 
@@ -530,7 +544,7 @@ function setUpJourneys() {
   byId("journeys-note").textContent = journeys.length === 0
     ? "No journey was kept; --report-events N keeps those of the first N events."
     : `What each stage did with ${journeys.length === 1 ? "the first event" : `the first ${count(journeys.length)} events`}, ` +
-      `of ${count(logged)}. Every word must occur.`;
+      `of ${count(logged)}. A search finds those in which each of its words occurs.`;
   const texts = journeys.map(searchText), search = byId("journeys-search"), list = byId("journeys-list");
 
   const markCurrent = () => {
@@ -545,7 +559,7 @@ function setUpJourneys() {
     list.replaceChildren(...found.slice(0, MOST_FOUND).map(index => journeyLink(journeys[index], index)));
     if (found.length > MOST_FOUND) list.append(html("li", {class: "more muted"}, `and ${count(found.length - MOST_FOUND)} more`));
     byId("journeys-shown").textContent = `${count(found.length)} found`;
-    list.hidden = found.length === 0;
+    if (found.length === 0) list.append(html("li", {class: "more muted"}, "Nothing found."));
     markCurrent();
     return found;
   };
