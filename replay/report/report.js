@@ -570,7 +570,7 @@ function setUpJourneys() {
       markCurrent();
       byId("journeys").scrollIntoView({block: "start"});
     } else if (hash.startsWith("#search=")) {
-      search.value = decodeURIComponent(hash.slice("#search=".length));
+      search.value = new URLSearchParams(hash.slice(1)).get("search");
       const found = find();
       if (found.length > 0) drawJourney(found[0]);
       byId("journeys").scrollIntoView({block: "start"});
