@@ -111,7 +111,7 @@ std::string_view takeUntil(std::string_view marker, std::string_view& page) {
 
 }  // namespace
 
-bool RunReport::wantsJourney() const { return journeys_.size() < journeysWanted_ && journeyBytes_ < kMaxJourneyBytes; }
+bool RunReport::hasRoomForJourney() const { return journeys_.size() < journeysWanted_ && journeyBytes_ < kMaxJourneyBytes; }
 
 RunReport::Row& RunReport::rowOf(const Observation& event) {
     return entryOf(event.isReport ? reports_ : inputs_, event.isReport ? otherReports_ : otherInputs_, event.name, [&] {
@@ -135,7 +135,7 @@ void RunReport::observe(const Observation& event) {
         ++(std::holds_alternative<Failed>(event.outcome) ? failed_ : unwritable_);
         buckets_.add(row.lostSeries, event.realtimeMs);
     }
-    if (event.journey && wantsJourney()) {
+    if (event.journey && hasRoomForJourney()) {
         journeys_.push_back(toJsonLine(*event.journey, event.outcome));
         journeyBytes_ += journeys_.back().size();
     }

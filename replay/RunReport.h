@@ -40,9 +40,6 @@ public:
     /// Keeps the journeys of as many events, in the order in which they are observed.
     explicit RunReport(uint64_t maxJourneys) : journeysWanted_(maxJourneys) {}
 
-    /// Whether the next event to observe should have a journey: there is room for it.
-    bool wantsJourney() const;
-
     /// To be told of every event that was logged, in the order of the input.
     void observe(const Observation& event);
 
@@ -65,6 +62,7 @@ private:
     template <typename Entry>
     using ByName = std::map<std::string, Entry, std::less<>>;
 
+    bool hasRoomForJourney() const;
     Row& rowOf(const Observation& event);
     void observeDrop(const Observation& event, const Json::Value& why, Row& row);
     void observeBreach(const Observation& event, const Json::Value& why);
