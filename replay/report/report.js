@@ -540,11 +540,10 @@ function journeyLink(journey, index) {
 }
 
 function setUpJourneys() {
-  const logged = run.counts.read + run.counts.reported;
   byId("journeys-note").textContent = journeys.length === 0
     ? "No journey was kept; --report-events N keeps those of the first N events."
     : `What each stage did with ${journeys.length === 1 ? "the first event" : `the first ${count(journeys.length)} events`}, ` +
-      `of ${count(logged)}. A search finds those in which each of its words occurs.`;
+      `of ${count(run.counts.read)} that were read. A search finds those in which each of its words occurs.`;
   const texts = journeys.map(searchText), search = byId("journeys-search"), list = byId("journeys-list");
 
   const markCurrent = () => {
