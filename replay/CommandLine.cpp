@@ -196,7 +196,8 @@ void CommandLine::addRun() {
             "Keep sequence numbers and the event schema from run to run in FILE, an SQLite database");
     addFile(command, "--expect", run_.expectations, "Check what becomes of the events against FILE");
     addOutputOptions(command, run_);
-    addValue(command, "--threads", "N", run_.threads, "Read and write events on N threads, from 1 to 64, 1 if absent; the output is the same")
+    addValue(command, "--threads", "N", run_.threads,
+             "Read and write events on N threads, from 1 to 64, 1 if absent; the output is the same")
         .check(expectInteger(1, kMaxThreads));
     addFlag(command, "--strict", run_.strict, "Stop at the first bad line; on one thread");
     addFlag(command, "--print-config", run_.printConfig,

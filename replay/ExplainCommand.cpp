@@ -38,7 +38,7 @@ ExitStatus explainFiles(RunFiles& files, const ExplainOptions& options, Console&
     usable &= console.attempt([&] { files.output.close(); });
     if (!usable) return ExitStatus::Unusable;
     if (interruption() != 0) return statusOfInterruption();
-    if (explainer.explained() == 0) console.error("none of the events was chosen");
+    if (explainer.explained() == 0) console.error(explainer.whyNone());
     return explainer.explained() > 0 && replay.counts().bad == 0 ? ExitStatus::Success : ExitStatus::BadInput;
 }
 

@@ -38,6 +38,8 @@ public:
     void explain(const Observation& observation);
 
     uint64_t explained() const { return explained_; }
+    /// Why nothing was: what names there were instead of those that were asked for.
+    std::string whyNone() const;
     /// Whether the choice speaks of that line, be it of an event or not.
     bool concerns(const LinePlace& place) const;
     /// Whether no event can be chosen any more after that line.
@@ -45,11 +47,13 @@ public:
 
 private:
     bool isChosen(const LinePlace& place, bool isReport, const std::string& name) const;
+    void rememberName(const std::string& name);
 
     const ExplainChoice choice_;
     OutputFile& output_;
     const Format format_;
     JourneyStart start_;
+    std::set<std::string> otherNames_;  // not all, if they are very many
     uint64_t followed_ = 0;
     uint64_t explained_ = 0;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -38,7 +39,11 @@ EventBatch::Wishes Replay::wishes() const {
 
 void Replay::run() {
     std::vector<std::thread> others;
-    for (unsigned i = 1; i < options_.threads; ++i) others.emplace_back([this] { work(); });
+    try {
+        for (unsigned i = 1; i < options_.threads; ++i) others.emplace_back([this] { work(); });
+    } catch (const std::system_error&) {
+        // The machine has no more threads to give: those that there are do all the work.
+    }
     work();
     for (std::thread& thread : others) thread.join();
     if (failure_) std::rethrow_exception(failure_);

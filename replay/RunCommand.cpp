@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "platform/tracing/HostTracing.h"
-#include "replay/ConfigCommand.h"
 #include "replay/Console.h"
 #include "replay/DeskDevice.h"
 #include "replay/Expectations.h"
@@ -170,7 +169,6 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
 }  // namespace
 
 ExitStatus runCommand(const RunOptions& options) {
-    if (options.printConfig) return printConfigCommand(options);
     expectInterruption();
     Console console(options.quiet);
     const LibraryLog libraryLog(console);

@@ -111,7 +111,9 @@ std::string_view takeUntil(std::string_view marker, std::string_view& page) {
 
 }  // namespace
 
-bool RunReport::hasRoomForJourney() const { return journeys_.size() < journeysWanted_ && journeyBytes_ < kMaxJourneyBytes; }
+bool RunReport::hasRoomForJourney() const {
+    return journeys_.size() < journeysWanted_ && journeyBytes_ < kMaxJourneyBytes;
+}
 
 RunReport::Row& RunReport::rowOf(const Observation& event) {
     return entryOf(event.isReport ? reports_ : inputs_, event.isReport ? otherReports_ : otherInputs_, event.name, [&] {
