@@ -37,7 +37,7 @@ if(TARGET telemetry-replay)
 endif()
 
 install(FILES "${PROJECT_SOURCE_DIR}/README.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
-install(FILES "${PROJECT_SOURCE_DIR}/docs/filtering.md" DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs")
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 
 install(EXPORT TelemetryProcessorTargets NAMESPACE Telemetry:: DESTINATION "${package_dir}")
 # Until 1.0 a minor version may change what the headers offer.
