@@ -120,15 +120,16 @@ bool finishTrace(RunFiles& files, Console& console) {
     });
 }
 
-/// Says what does not hold.
-ExitStatus checkExpectations(const Expectations& expectations, bool isComplete, Console& console) {
-    if (!isComplete) {
+/// Says what does not hold. Returns the status of the run, which that may change.
+ExitStatus checkExpectations(const Expectations& expectations, const Replay& replay, ExitStatus status,
+                             Console& console) {
+    if (!replay.isComplete()) {
         console.error("expectations not checked: the run has not come to its end");
-        return ExitStatus::Unusable;
+        return status == ExitStatus::Success ? ExitStatus::Unusable : status;
     }
     const std::vector<std::string> failures = expectations.failures();
     for (const std::string& failure : failures) console.error(failure);
-    return failures.empty() ? ExitStatus::Success : ExitStatus::BadInput;
+    return failures.empty() ? status : ExitStatus::BadInput;
 }
 
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
@@ -157,13 +158,10 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     console.summary(facts.counts, facts.elapsed);
     console.table("dropped by", pipeline.drops());
     console.table("counters", {pipeline.counters().begin(), pipeline.counters().end()});
+    ExitStatus status = facts.counts.bad > 0 ? ExitStatus::BadInput : ExitStatus::Success;
+    if (watchers.expectations) status = checkExpectations(*watchers.expectations, replay, status, console);
     if (!usable) return ExitStatus::Unusable;
-    if (interruption() != 0) return statusOfInterruption();
-    if (facts.counts.bad > 0 && options.strict) return ExitStatus::BadInput;
-    const ExitStatus checked = watchers.expectations
-                                   ? checkExpectations(*watchers.expectations, replay.isComplete(), console)
-                                   : ExitStatus::Success;
-    return facts.counts.bad > 0 && checked == ExitStatus::Success ? ExitStatus::BadInput : checked;
+    return interruption() != 0 ? statusOfInterruption() : status;
 }
 
 }  // namespace

@@ -65,7 +65,7 @@ TEST(Suggestion, IsTheNearestWordThatIsNear) {
 }
 
 TEST(Glob, TakesCharactersAndTriesEveryStar) {
-    for (const char* pattern : {"*b*c", "a?b*", "***c", "a*?c"})
+    for (const char* pattern : {"*b*c", "a?b*", "***c", "a*?c", "*\u20acbxbc"})
         EXPECT_TRUE(matchesGlob(pattern, "a\u20acbxbc")) << pattern;
     for (const char* pattern : {"", "a", "a*x", "a??bxbc", "[a]*", "*bc?"})
         EXPECT_FALSE(matchesGlob(pattern, "a\u20acbxbc")) << pattern;
