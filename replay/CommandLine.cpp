@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cstdint>
 #include <limits>
+#include <set>
 #include <span>
 #include <sstream>
 #include <string_view>
@@ -44,6 +45,12 @@ Check expectInteger(uint64_t min, uint64_t max) {
     };
 }
 
+Check expectName(const std::string& value) {
+    return [=](const std::string& path) {
+        return path.empty() ? "expected the name of a " + value + ", not an empty one" : std::string();
+    };
+}
+
 Check expectCount(uint64_t min) { return expectInteger(min, std::numeric_limits<uint64_t>::max()); }
 
 template <typename Value>
@@ -53,10 +60,8 @@ CLI::Option& addValue(CLI::App& command, const char* names, const char* value, V
 
 /// A file by its name, "-" or an option that may be left out.
 template <typename Value>
-void addFile(CLI::App& command, const char* names, Value& target, const char* description) {
-    addValue(command, names, "FILE", target, description).check([](const std::string& path) -> std::string {
-        return path.empty() ? "expected the name of a FILE, not an empty one" : "";
-    });
+CLI::Option& addFile(CLI::App& command, const char* names, Value& target, const char* description) {
+    return *addValue(command, names, "FILE", target, description).check(expectName("FILE"));
 }
 
 void addFlag(CLI::App& command, const char* names, bool& target, const char* description) {
@@ -76,9 +81,20 @@ void addOutputOptions(CLI::App& command, RunOptions& options) {
     addFile(command, "--monitor-events", options.monitorEvents, "Write what the pipeline reports to FILE");
     addFile(command, "--trace", options.trace, "Write a trace of the pipeline to FILE, for the Perfetto UI");
     addFile(command, "--report", options.report, "Write a page that shows the run to FILE");
+    CLI::Option* report = command.get_option("--report");
     addValue(command, "--report-events", "N", options.reportEvents,
              "Show the journeys of the first N events on that page, 200 if absent, 0 for none")
-        .check(expectCount(0));
+        .check(expectCount(0))
+        ->needs(report);
+}
+
+/// By their long names, without the dashes.
+std::set<std::string> givenOptionsOf(const CLI::App& command) {
+    std::set<std::string> names;
+    for (const CLI::Option* option : optionsOf(command)) {
+        if (option->count() > 0) names.insert(option->get_single_name());
+    }
+    return names;
 }
 
 /// The command that was called, as far as it was understood.
@@ -189,8 +205,10 @@ CLI::App& CommandLine::addCommand(CLI::App& parent, const std::string& name, std
 }
 
 void CommandLine::addRun() {
-    CLI::App& command =
-        addCommand(tool_, "run", [this] { return run_.printConfig ? printConfigCommand(run_) : runCommand(run_); });
+    CLI::App& command = addCommand(tool_, "run", [this] {
+        return run_.printConfig ? printConfigCommand(run_, givenOptionsOf(*tool_.get_subcommand("run")))
+                                : runCommand(run_);
+    });
     addInputOptions(command, run_);
     addFile(command, "--store", run_.store,
             "Keep sequence numbers and the event schema from run to run in FILE, an SQLite database");
@@ -199,7 +217,7 @@ void CommandLine::addRun() {
     addValue(command, "--threads", "N", run_.threads,
              "Read and write events on N threads, from 1 to 64, 1 if absent; the output is the same")
         .check(expectInteger(1, kMaxThreads));
-    addFlag(command, "--strict", run_.strict, "Stop at the first bad line; on one thread");
+    addFlag(command, "--strict", run_.strict, "Stop at the first bad line; there is one thread then");
     addFlag(command, "--print-config", run_.printConfig,
             "Print the effective configuration and where each part comes from, and stop");
     addFlag(command, "-q,--quiet", run_.quiet, "No warnings, no progress bar, no summary");
@@ -224,7 +242,7 @@ void CommandLine::addSchema() {
     schema.require_subcommand(0, 1);
     const auto add = [&](const char* name, std::function<ExitStatus()> action) -> CLI::App& {
         CLI::App& command = addCommand(schema, name, std::move(action));
-        command.add_option("FILE", schemaFile_, "The schema; - is standard input")->required();
+        addFile(command, "FILE", schemaFile_, "The schema; - is standard input").required();
         return command;
     };
     add("check", [this] { return checkSchemaCommand(schemaFile_); });
@@ -234,9 +252,10 @@ void CommandLine::addSchema() {
 }
 
 void CommandLine::addInit() {
-    addCommand(tool_, "init", [this] { return initCommand(newDirectory_); })
-        .add_option("DIR", newDirectory_, "The directory; it is created if there is none")
-        ->required();
+    CLI::App& command = addCommand(tool_, "init", [this] { return initCommand(newDirectory_); });
+    addValue(command, "DIR", "DIR", newDirectory_, "The directory; it is created if there is none")
+        .required()
+        ->check(expectName("DIR"));
 }
 
 ExitStatus CommandLine::run(int argc, const char* const* argv) {

@@ -20,20 +20,13 @@ std::string toText(bool flag) { return flag ? "true" : "false"; }
 std::string toText(unsigned number) { return std::to_string(number); }
 std::string toText(uint64_t number) { return std::to_string(number); }
 
-/// An option that is given its default counts as not given.
-template <typename T>
-ReadValue option(const char* name, const T& value, const T& byDefault) {
-    return {name, toText(value), value == byDefault ? "default" : "command line"};
-}
-
-std::vector<ReadValue> listOptions(const RunOptions& options) {
+std::vector<ReadValue> listOptions(const RunOptions& options, const std::set<std::string>& given) {
     std::vector<ReadValue> values;
     for (const std::string& input : options.inputs) values.push_back({"input", input, "command line"});
     if (values.empty()) values.push_back({"input", "-", "default"});
 
-    const RunOptions byDefault;
     const auto add = [&](const char* name, auto RunOptions::*member) {
-        values.push_back(option(name, options.*member, byDefault.*member));
+        values.push_back({name, toText(options.*member), given.count(name) > 0 ? "command line" : "default"});
     };
     add("device", &RunOptions::device);
     add("schema", &RunOptions::schema);
@@ -49,6 +42,10 @@ std::vector<ReadValue> listOptions(const RunOptions& options) {
     add("threads", &RunOptions::threads);
     add("strict", &RunOptions::strict);
     add("quiet", &RunOptions::quiet);
+    for (ReadValue& value : values) {
+        if (value.path == "schema" && !options.schema && options.store) value = {"schema", *options.store, "store"};
+        if (value.path == "threads" && options.strict) value = {"threads", "1", "--strict"};
+    }
     return values;
 }
 
@@ -78,12 +75,12 @@ std::string toColumns(const std::vector<ReadValue>& values) {
 
 }  // namespace
 
-ExitStatus printConfigCommand(const RunOptions& options) {
+ExitStatus printConfigCommand(const RunOptions& options, const std::set<std::string>& given) {
     Console console(options.quiet);
     const bool printed = console.attempt([&] {
         std::optional<InputFile> device;
         if (options.device) device.emplace(*options.device);
-        std::vector<ReadValue> values = listOptions(options);
+        std::vector<ReadValue> values = listOptions(options, given);
         const std::vector<ReadValue> ofDevice = listDevice(device ? &*device : nullptr);
         values.insert(values.end(), ofDevice.begin(), ofDevice.end());
         OutputFile output("-");

@@ -40,6 +40,14 @@ void Console::warning(const LinePlace& place, std::string_view message) {
     if (!quiet_) print(placed(place, "warning: " + std::string(message)));
 }
 
+void Console::note(std::string_view message) {
+    if (!quiet_) print(message);
+}
+
+void Console::endLine() {
+    if (::isatty(STDERR_FILENO) == 1) writeToStandardError("\n");
+}
+
 void Console::showStatus(Status status, std::optional<uint64_t> totalBytes) {
     if (quiet_ || ::isatty(STDERR_FILENO) != 1) return;
     status_ = status;

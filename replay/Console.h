@@ -25,6 +25,8 @@ public:
     void error(std::string_view message);
     void error(const LinePlace& place, std::string_view message);
     void warning(std::string_view message);
+    /// What is good to know.
+    void note(std::string_view message);
     void warning(const LinePlace& place, std::string_view message);
 
     /// When to show how far a run has come.
@@ -44,6 +46,8 @@ public:
         if (statusLine_ && status_ == Status::WhenWaiting) statusLine_->clear();
     }
     void hideStatus() { statusLine_.reset(); }
+    /// What is said next begins a line of the terminal, even behind a "^C".
+    void endLine();
 
     /// Whether the action could use its files; says so if not. That a reader has left is no fault.
     template <typename Action>

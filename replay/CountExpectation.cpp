@@ -15,8 +15,8 @@ CountExpectation CountExpectation::read(const JsonNode& node) {
 
 CountExpectation::CountExpectation(const JsonNode& node, std::optional<uint64_t> min, std::optional<uint64_t> max)
     : where_(node.where()), min_(min.value_or(0)), max_(max.value_or(kNoLimit)) {
-    if (!min && !max) node.fail("expected a number, or min or max or both");
-    if (min_ > max_) node.fail("no number is at least min and at most max");
+    if (!min && !max) node.fail("expected a number, min, max or both");
+    if (min_ > max_) node.fail("min is greater than max");
 }
 
 std::optional<std::string> CountExpectation::failure() const {

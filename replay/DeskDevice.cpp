@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "replay/DeviceFile.h"
+#include "replay/SchemaCheck.h"
 #include "replay/SchemaFile.h"
 #include "replay/StoredKeyValues.h"
 #include "telemetry/EventSchemaHandler.h"
@@ -15,6 +16,15 @@ std::shared_ptr<EventSchemaHandler> schemaIn(StoreFile& store) {
     return std::make_shared<EventSchemaHandler>(std::make_shared<StoredKeyValues>(store));
 }
 
+/// Devices are silent about most of them: events are just dropped.
+void warnOfProblems(const std::string& text, const std::string& fileName, Console& console) {
+    const std::vector<SchemaReport::Problem> problems = checkSchema(text).problems;
+    if (problems.empty()) return;
+    console.warning({fileName, problems.front().line},
+                    problems.front().text + "; `telemetry-replay schema check` finds " +
+                        std::to_string(problems.size()) + (problems.size() == 1 ? " problem" : " problems"));
+}
+
 }  // namespace
 
 DeskDevice::DeskDevice(RunFiles& files, const std::optional<std::string>& storePath, Console& console) {
@@ -22,7 +32,11 @@ DeskDevice::DeskDevice(RunFiles& files, const std::optional<std::string>& storeP
     StoreFile& store = store_.emplace(storePath);
     sequenceNumbers_ = std::make_shared<StoredSequenceNumbers>(store);
     auto schema = schemaIn(store);
-    if (files.schema) persistSchema(readSchema(*files.schema), files.schema->name(), *schema, store);
+    if (files.schema) {
+        const std::string text = readSchema(*files.schema);
+        persistSchema(text, files.schema->name(), *schema, store);
+        warnOfProblems(text, files.schema->name(), console);
+    }
     // In place of no schema at all, about which the library would complain at every name.
     if (!schema->isEventSchemaAvailable()) {
         if (device.filter.enabled) console.warning("no event schema: all events are UNCATEGORIZED");

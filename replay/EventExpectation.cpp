@@ -78,6 +78,7 @@ void EventExpectation::readDropped(const JsonNode& node) {
     const size_t before = counts_.size();
     node.object(fields);
     if (counts_.size() > before && !min && !max) return;  // by cause alone
+    if (!min && !max) node.fail("expected guards, reasons, min or max");
     counts_.emplace_back(&kDropped, CountExpectation(node, min, max));
 }
 

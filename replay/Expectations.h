@@ -46,8 +46,8 @@ private:
     std::vector<EventExpectation*> byLastName_;  // that is none of these
 };
 
-/// Reads expectations, one JSON object. Throws `FileError` with the path of the member that is wrong, "FILE:
-/// events.app_launch.kept: expected an unsigned 64-bit integer".
+/// Reads expectations, one JSON object. Throws `FileError` with the path of the member that is wrong,
+/// "FILE:LINE: events.app_launch.kept: expected an unsigned 64-bit integer".
 Expectations readExpectations(InputFile& file);
 
 }  // namespace Velo::OS::Telemetry::replay

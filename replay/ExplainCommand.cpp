@@ -23,6 +23,7 @@ ExitStatus explainFiles(RunFiles& files, const ExplainOptions& options, Console&
     using Format = Explainer::Format;
     DeskDevice device(files, std::nullopt, console);
     files.emptyOutputs();
+    if (files.isTyped()) console.note("reading events from standard input; Ctrl-D ends it");
     const Format textFormat = wantsColour(files.output) ? Format::ColouredText : Format::Text;
     Explainer explainer(options.choice, files.output, options.json ? Format::Json : textFormat);
     Replay::Options replayOptions;
@@ -34,6 +35,7 @@ ExitStatus explainFiles(RunFiles& files, const ExplainOptions& options, Console&
         return explainer.isDone(place, isInLastFile);
     };
     Replay replay(files, device.pipeline(), console, std::move(replayOptions));
+    expectInterruption();
     bool usable = console.attempt([&] { replay.run(); });
     usable &= console.attempt([&] { files.output.close(); });
     if (!usable) return ExitStatus::Unusable;
@@ -45,7 +47,6 @@ ExitStatus explainFiles(RunFiles& files, const ExplainOptions& options, Console&
 }  // namespace
 
 ExitStatus explainCommand(const ExplainOptions& options) {
-    expectInterruption();
     Console console(/*quiet=*/false);
     const LibraryLog libraryLog(console);
     ExitStatus status = ExitStatus::Unusable;

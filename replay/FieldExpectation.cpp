@@ -25,11 +25,9 @@ bool isOfType(const Json::Value& value, std::string_view type) {
     return value.isObject();
 }
 
-/// So much of the value as fits a message.
-std::string shown(const Json::Value* value) {
-    constexpr size_t kMaxLength = 80;
-    if (!value) return kNothing;
-    std::string text = toCompactJson(*value);
+/// So much of it as fits a message.
+std::string shortened(const std::string& text) {
+    constexpr size_t kMaxLength = 120;
     if (text.size() <= kMaxLength) return text;
     size_t end = kMaxLength;
     while ((text[end] & 0xC0) == 0x80) --end;  // not within a character of UTF-8
@@ -40,6 +38,7 @@ std::string shown(const Json::Value* value) {
 
 FieldExpectation::FieldExpectation(std::string name, const JsonNode& node)
     : name_(std::move(name)), where_(node.where()) {
+    if (!node.isObject()) node.fail("expected an object with present, type, value or one_of");
     node.object({{"present", ifPresent([this](const JsonNode& member) { readPresent(member); })},
                  {"type", ifPresent([this](const JsonNode& member) { readType(member); })},
                  {"value", ifPresent([this](const JsonNode& member) { readValue(member); })},
@@ -47,9 +46,9 @@ FieldExpectation::FieldExpectation(std::string name, const JsonNode& node)
     if (!holds_) node.fail("expected present, type, value or one_of");
 }
 
-void FieldExpectation::expect(const JsonNode& node, std::string inWords, Condition condition) {
+void FieldExpectation::expect(const JsonNode& node, const std::string& inWords, Condition condition) {
     if (holds_) node.fail("expected only one of present, type, value and one_of");
-    expected_ = std::move(inWords);
+    expected_ = shortened(inWords);
     holds_ = std::move(condition);
 }
 
@@ -90,7 +89,7 @@ void FieldExpectation::observe(const Json::Value& members, const LinePlace& plac
     ++observed_;
     const Json::Value* value = members.find(name_.data(), name_.data() + name_.size());
     if (holds_(value)) return;
-    if (++wrong_ == 1) firstWrong_ = shown(value) + " at " + toText(place);
+    if (++wrong_ == 1) firstWrong_ = (value ? shortened(toCompactJson(*value)) : kNothing) + " at " + toText(place);
 }
 
 std::optional<std::string> FieldExpectation::failure() const {

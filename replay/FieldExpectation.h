@@ -29,7 +29,7 @@ private:
     /// Of the member; null if it is absent.
     using Condition = std::function<bool(const Json::Value*)>;
 
-    void expect(const JsonNode& node, std::string inWords, Condition condition);
+    void expect(const JsonNode& node, const std::string& inWords, Condition condition);
     void readPresent(const JsonNode& node);
     void readType(const JsonNode& node);
     void readValue(const JsonNode& node);

@@ -73,7 +73,8 @@ constexpr HelpBlock kMonitorEvents[] = {
 };
 
 constexpr HelpBlock kDevice[] = {
-    text("One JSON object; whatever is absent is unknown to the pipeline. A member named // is a comment. LIMIT, LOG "
+    text("One JSON object; whatever is absent is unknown to the pipeline. A member named // is a comment, where names "
+         "are fixed. LIMIT, LOG "
          "and "
          "FETCH are explained in their turn."),
     item("device_ids", R"({"telemetry": string, "morlek": string})", {}),
@@ -144,7 +145,7 @@ constexpr HelpBlock kDevice[] = {
 
 constexpr HelpBlock kExpectations[] = {
     text("One JSON object that says what must become of the events, monitor events included. Standard error says what "
-         "does not hold, and the exit status is 1. A member named // is a comment."),
+         "does not hold, and the exit status is 1. A member named // is a comment, where names are fixed."),
     item("events",
          "{GLOB: {\"logged\": COUNT, \"kept\": COUNT, \"bad\": COUNT,\n"
          "        \"dropped\": COUNT or {REASON: COUNT},\n"
@@ -161,7 +162,7 @@ constexpr HelpBlock kExpectations[] = {
 };
 
 constexpr HelpBlock kSchema[] = {
-    text("One JSON object; a member named // is a comment."),
+    text("One JSON object; a member named // is a comment, where names are fixed."),
     item("timestamp", "unsigned 64-bit integer"),
     item("salt", "string, hashed behind each name"),
     item("settings_to_categories",

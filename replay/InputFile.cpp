@@ -25,13 +25,19 @@ std::optional<uint64_t> InputFile::remainingBytes() const {
     return static_cast<uint64_t>(status_.st_size - position);
 }
 
-bool InputFile::isReady() const { return isReadable(file_.number()); }
-
 bool InputFile::isTerminal() const { return ::isatty(file_.number()) == 1; }
+
+/// False if there is no use in waiting. A regular file always has bytes, or its end.
+bool InputFile::awaitBytes() {
+    if (S_ISREG(status_.st_mode)) return true;
+    const bool isUseless = !isReadable(file_.number()) && onWait_ && !onWait_();
+    isCutOff_ = isUseless || !waitUntilReadable(file_.number());
+    return !isCutOff_;
+}
 
 size_t InputFile::read(char* buffer, size_t capacity) {
     for (;;) {
-        if (!waitUntilReadable(file_.number())) return 0;
+        if (!awaitBytes()) return 0;
         const ssize_t count = ::read(file_.number(), buffer, capacity);
         if (count >= 0) return static_cast<size_t>(count);
         if (errno != EINTR) throw FileError("read", name_, errno);

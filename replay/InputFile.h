@@ -4,8 +4,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "replay/FileDescriptor.h"
 
@@ -23,15 +25,22 @@ public:
     /// Bytes left to read, known for regular files only.
     std::optional<uint64_t> remainingBytes() const;
 
-    /// Whether `read` would not have to wait.
-    bool isReady() const;
-    /// Reads up to `capacity` bytes, what is there now; 0 at the end, and once the run is to end. Throws `FileError`.
+    /// Has `read` call it before each time that it has to wait, from the thread that reads. False if it need not.
+    void onWait(std::function<bool()> onWait) { onWait_ = std::move(onWait); }
+    /// Reads up to `capacity` bytes, what is there now; 0 at the end, or if the run is to end before there is more.
+    /// Throws `FileError`.
     size_t read(char* buffer, size_t capacity);
+    /// Whether that has returned 0 although there may be more to come.
+    bool isCutOff() const { return isCutOff_; }
     bool isTerminal() const;
 
 private:
+    bool awaitBytes();
+
     std::string name_;
     FileDescriptor file_;
+    std::function<bool()> onWait_;
+    bool isCutOff_ = false;
     struct stat status_;
 };
 

@@ -12,13 +12,20 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
-constexpr char kComment[] = "//";
+/// The second is how a file tells an editor which JSON Schema it is of.
+constexpr char kComment[] = "//", kSchema[] = "$schema";
 
+/// What may be meant instead, or what there is if that is not too much.
 std::string suggestion(const std::string& name, const std::vector<JsonNode::Field>& fields) {
+    constexpr size_t kMaxNames = 8;
     std::vector<std::string_view> known;
     known.reserve(fields.size());
     for (const JsonNode::Field& field : fields) known.emplace_back(field.name);
-    return didYouMean(name, known);
+    const std::string nearest = didYouMean(name, known);
+    if (!nearest.empty() || known.empty() || known.size() > kMaxNames) return nearest;
+    std::string all = "; expected " + std::string(known.front());
+    for (size_t i = 1; i < known.size(); ++i) all.append(i + 1 < known.size() ? ", " : " or ").append(known[i]);
+    return all;
 }
 
 bool hasField(const std::vector<JsonNode::Field>& fields, const std::string& name) {
@@ -30,9 +37,7 @@ bool hasField(const std::vector<JsonNode::Field>& fields, const std::string& nam
 
 }  // namespace
 
-void JsonNode::fail(const std::string& reason) const {
-    throw FileError(context_.file->name() + ": " + (path_.empty() ? "" : path_ + ": ") + reason);
-}
+void JsonNode::fail(const std::string& reason) const { throw FileError(where() + ": " + reason); }
 
 std::string JsonNode::where() const { return place() + (path_.empty() ? "" : ": " + path_); }
 
@@ -106,7 +111,8 @@ void JsonNode::checkMembers(const std::vector<Field>& fields) const {
     for (auto it = value_->begin(); it != value_->end(); ++it) {
         const std::string name = it.name();
         if (hasField(fields, name)) continue;
-        if (name != kComment) member(name, &*it).fail("unknown member" + suggestion(name, fields));
+        const bool isAside = name == kComment || (name == kSchema && path_.empty());
+        if (!isAside) member(name, &*it).fail("unknown member" + suggestion(name, fields));
         if (!it->isString()) member(name, &*it).fail("expected a string");
     }
 }

@@ -25,7 +25,7 @@ struct ReadValue {
 };
 
 /// A value of a JSON file and the place where it stands, for readers that know what they expect there. Each operation
-/// throws `FileError` if the value is something else: "FILE: path.to[0].it: expected a string".
+/// throws `FileError` if the value is something else: "FILE:LINE: path.to[0].it: expected a string".
 ///
 /// A field that its object lacks is a node too, an absent one: to read it leaves the variable as it is. Thus a reader
 /// visits all that could be in the file, and can have it listed.
@@ -90,8 +90,8 @@ public:
     bool isArray() const { return value_ && value_->isArray(); }
     bool isObject() const { return value_ && value_->isObject(); }
 
-    /// An object with these fields and no others but "//", a comment, which is a string. Visits each field, in this
-    /// order, be it there or absent.
+    /// An object with these fields and no others but "//", a comment, and in the root "$schema", both of which are
+    /// strings. Visits each field, in this order, be it there or absent.
     void object(const std::vector<Field>& fields) const;
     /// An object with members of any name.
     void members(const std::function<void(const std::string&, const JsonNode&)>& use) const;

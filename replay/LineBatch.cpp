@@ -22,6 +22,18 @@ void LineBatch::add(uint64_t number, std::string_view text) {
     text_ += '\0';
 }
 
+BatchReader::Found BatchReader::next(LineBatch& batch) {
+    while (file_ < files_.size()) {
+        if (!reader_) open();
+        const Found found = take(batch);
+        if (found != Found::End) return found;
+        bytesBefore_ += reader_->bytesRead();
+        reader_.reset();
+        ++file_;
+    }
+    return Found::End;
+}
+
 void BatchReader::open() {
     reader_.emplace(files_[file_]);
     longLineWaits_ = false;

@@ -42,25 +42,13 @@ public:
     /// The files must outlive it. A batch has at most so many lines.
     BatchReader(std::vector<InputFile>& files, size_t maxLines) : files_(files), maxLines_(maxLines) {}
 
-    /// Replaces the batch by the lines that have arrived. Calls `onWait` before it waits for one, and ends there if
-    /// that is false, or if it is interrupted. A line that is too long is not in the batch: it is the reader's. Throws
-    /// `FileError`.
-    template <typename OnWait>
-    Found next(LineBatch& batch, OnWait onWait) {
-        while (file_ < files_.size()) {
-            if (!reader_) open();
-            if (!reader_->hasLine() && !files_[file_].isReady() && !onWait()) return Found::End;
-            const Found found = take(batch);
-            if (found != Found::End) return found;
-            bytesBefore_ += reader_->bytesRead();
-            reader_.reset();
-            ++file_;
-        }
-        return Found::End;
-    }
+    /// Replaces the batch by the lines that have arrived, at least one. A line that is too long is not in the batch: it
+    /// is the reader's. The end may also be an interruption. Throws `FileError`.
+    Found next(LineBatch& batch);
 
     /// Of the file in hand.
     LineReader& reader() { return *reader_; }
+    bool isCutOff() const { return files_[file_].isCutOff(); }
     LinePlace place() const { return {files_[file_].name(), reader_->lineNumber()}; }
     bool isInLastFile() const { return file_ + 1 >= files_.size(); }
     /// Of all files, up to the end of the batch.

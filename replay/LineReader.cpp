@@ -2,8 +2,6 @@
 
 #include <cstring>
 
-#include "replay/Interruption.h"
-
 namespace Velo::OS::Telemetry::replay {
 
 namespace {
@@ -36,8 +34,7 @@ LineReader::Found LineReader::next() {
             return take(length, false);
         }
         searched = length;
-        // The rest of a line that an interruption cuts off may still be to come.
-        if (!fill()) return length > 0 && interruption() == 0 ? take(length, false) : Found::End;
+        if (!fill()) return length > 0 && !file_.isCutOff() ? take(length, false) : Found::End;
     }
 }
 

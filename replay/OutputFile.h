@@ -21,6 +21,8 @@ public:
     const std::string& name() const { return name_; }
     const struct stat& status() const { return status_; }
     bool isTerminal() const;
+    /// Someone else reads it, and may show it anywhere.
+    bool isPipe() const { return S_ISFIFO(status_.st_mode); }
 
     /// Empties a regular file that was opened by its path.
     void truncate();

@@ -38,6 +38,7 @@ EventBatch::Wishes Replay::wishes() const {
 }
 
 void Replay::run() {
+    for (InputFile& input : files_.inputs) input.onWait([this] { return awaitInput(); });
     std::vector<std::thread> others;
     try {
         for (unsigned i = 1; i < options_.threads; ++i) others.emplace_back([this] { work(); });
@@ -60,7 +61,7 @@ void Replay::work() {
         }
         attempt(work.ticket, [&] { work.batch.write(); });
         const Turn turn(writing_, work.ticket);
-        if (!isDiscarded(work.ticket)) attempt(work.ticket, [&] { commit(work); });
+        attempt(work.ticket, [&] { commit(work); });
     }
 }
 
@@ -88,7 +89,7 @@ bool Replay::read(Work& work) {
     work.ticket = tickets_;
     auto found = BatchReader::Found::End;
     attempt(work.ticket, [&] {
-        found = reader_.next(work.batch.lines(), [&] { return awaitInput(work.ticket); });
+        found = reader_.next(work.batch.lines());
         if (found == BatchReader::Found::LongLine) handleLongLine(work.ticket);
     });
     if (found == BatchReader::Found::End) {
@@ -103,7 +104,8 @@ bool Replay::read(Work& work) {
 }
 
 /// A live stream may come to a rest here, and what it has brought is to be seen. False if there is no use in waiting.
-bool Replay::awaitInput(uint64_t ticket) {
+bool Replay::awaitInput() {
+    const uint64_t ticket = tickets_;  // of the thread that reads, which is here
     writing_.wait(ticket);
     for (OutputFile* file : files_.outputs()) file->flush();
     console_.waiting(counts_);
@@ -120,19 +122,24 @@ void Replay::handleLongLine(uint64_t ticket) {
         if (files_.rejects) files_.rejects->write(reader_.reader().text());
     } while (reader_.reader().nextPart());
     if (files_.rejects) files_.rejects->write("\n");
+    if (reader_.isCutOff()) console_.error(reader_.place(), "cut off: the run was interrupted");
 }
 
 void Replay::commit(const Work& work) {
     console_.resumed();
     for (const EventBatch::Entry& entry : work.batch.entries()) commit(entry);
 
+    // What was processed is counted, so none of it is kept from the other files if one fails.
+    const auto write = [&](std::optional<OutputFile>& file, const std::string& text) {
+        if (file) attempt(work.ticket, [&] { file->write(text); });
+    };
     const EventBatch::Texts& texts = work.batch.texts();
-    if (!options_.onlyFollowed) files_.output.write(texts.output);
-    if (files_.drops) files_.drops->write(texts.drops);
-    if (files_.monitorEvents) files_.monitorEvents->write(texts.monitorEvents);
-    if (files_.rejects) files_.rejects->write(texts.rejects);
+    if (!options_.onlyFollowed) attempt(work.ticket, [&] { files_.output.write(texts.output); });
+    write(files_.drops, texts.drops);
+    write(files_.monitorEvents, texts.monitorEvents);
+    write(files_.rejects, texts.rejects);
 
-    counts_.bytes = work.bytesRead;
+    if (!isDiscarded(work.ticket)) counts_.bytes = work.bytesRead;
     console_.progress(counts_);
     if (options_.stopsAtBadLine && counts_.bad > 0) stopAfter(work.ticket);
     if (options_.isDone && options_.isDone(work.place, work.isInLastFile)) stopAfter(work.ticket);

@@ -76,7 +76,7 @@ private:
     bool isDiscarded(uint64_t ticket) const { return ticket > lastTicket_; }
 
     bool read(Work& work);
-    bool awaitInput(uint64_t ticket);
+    bool awaitInput();
     void handleLongLine(uint64_t ticket);
 
     void commit(const Work& work);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -80,10 +81,10 @@ Replay::Options replayOptions(const RunOptions& options, DevicePipeline& pipelin
     return replay;
 }
 
-/// Not where it would mix with what someone is typing.
+/// Not where it would mix with what someone is typing, or with output behind a pipe.
 void showStatus(const RunFiles& files, Console& console) {
-    const auto isTerminal = [](const InputFile& input) { return input.isTerminal(); };
-    if (std::any_of(files.inputs.begin(), files.inputs.end(), isTerminal)) return;
+    if (files.isTyped()) return console.note("reading events from standard input; Ctrl-D ends it");
+    if (files.output.isPipe()) return;
     console.showStatus(files.output.isTerminal() ? Console::Status::WhenWaiting : Console::Status::Always,
                        files.inputBytes());
 }
@@ -129,6 +130,7 @@ ExitStatus checkExpectations(const Expectations& expectations, const Replay& rep
     }
     const std::vector<std::string> failures = expectations.failures();
     for (const std::string& failure : failures) console.error(failure);
+    if (failures.empty()) console.note("all is as expected");
     return failures.empty() ? status : ExitStatus::BadInput;
 }
 
@@ -140,6 +142,7 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     DevicePipeline& pipeline = device.pipeline();
     Replay replay(files, pipeline, console, replayOptions(options, pipeline, watchers));
     files.emptyOutputs();
+    expectInterruption();
     showStatus(files, console);
     if (files.trace) host::startTracing();
 
@@ -148,6 +151,7 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     const auto start = std::chrono::steady_clock::now();
     bool usable = console.attempt([&] { replay.run(); });
     console.hideStatus();
+    if (interruption() == SIGINT) console.endLine();
     usable &= closeEventFiles(files, console);
     usable &= console.attempt([&] { device.handBackSequenceNumbers(); });
     facts.elapsed = std::chrono::steady_clock::now() - start;
@@ -167,7 +171,6 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
 }  // namespace
 
 ExitStatus runCommand(const RunOptions& options) {
-    expectInterruption();
     Console console(options.quiet);
     const LibraryLog libraryLog(console);
     ExitStatus status = ExitStatus::Unusable;

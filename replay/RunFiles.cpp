@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "replay/FileError.h"
@@ -102,6 +103,10 @@ std::optional<uint64_t> RunFiles::inputBytes() const {
         total += *bytes;
     }
     return total;
+}
+
+bool RunFiles::isTyped() const {
+    return std::any_of(inputs.begin(), inputs.end(), [](const InputFile& input) { return input.isTerminal(); });
 }
 
 std::vector<OutputFile*> RunFiles::outputs() {

@@ -20,6 +20,9 @@ struct RunFiles {
     /// Bytes left to read in all inputs, if that is known.
     std::optional<uint64_t> inputBytes() const;
 
+    /// Whether someone may be typing the events.
+    bool isTyped() const;
+
     std::vector<OutputFile*> outputs();
     /// Not before everything else is known to be in order.
     void emptyOutputs();

@@ -10,6 +10,7 @@
 
 #include "replay/StoredKeyValues.h"
 #include "replay/StrictJson.h"
+#include "replay/Suggestion.h"
 #include "telemetry/EventSchemaHandler.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -101,9 +102,11 @@ private:
 
     void checkNames(const Node& parent, std::initializer_list<std::string_view> known) {
         for (const std::string& name : parent.value.getMemberNames()) {
-            const bool isComment = name == "//" && parent.value[name].isString();
+            const bool isComment =
+                (name == "//" || (name == "$schema" && parent.path.empty())) && parent.value[name].isString();
             if (isComment || std::find(known.begin(), known.end(), name) != known.end()) continue;
-            problem(*optionalMember(parent, name), "unknown member; ignored");
+            const std::vector<std::string_view> names(known);
+            problem(*optionalMember(parent, name), "unknown member; ignored" + didYouMean(name, names));
         }
     }
 

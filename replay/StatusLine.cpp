@@ -1,5 +1,6 @@
 #include "replay/StatusLine.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +15,11 @@ constexpr std::chrono::milliseconds kRedrawInterval{100};
 constexpr size_t kCells = 30;
 constexpr double kBytesPerMiB = 1024.0 * 1024.0;
 
+size_t columns(int terminal) {
+    winsize size{};
+    return ::ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+}
+
 /// A bar that cannot be drawn is no reason to stop a run.
 void show(int terminal, std::string_view text) {
     [[maybe_unused]] const ssize_t ignored = ::write(terminal, text.data(), text.size());
@@ -27,7 +33,8 @@ void StatusLine::update(const Counts& counts) {
 
 void StatusLine::draw(const Counts& counts) {
     nextDrawing_ = std::chrono::steady_clock::now() + kRedrawInterval;
-    const std::string text = totalBytes_ ? bar(counts.bytes, *totalBytes_) : numbers(counts);
+    std::string text = totalBytes_ ? bar(counts.bytes, *totalBytes_) : numbers(counts);
+    text.resize(std::min(text.size(), columns(terminal_) - 1));  // a line that wraps cannot be taken back
     const std::string rest(width_ > text.size() ? width_ - text.size() : 0, ' ');
     show(terminal_, "\r" + text + rest);
     width_ = text.size();

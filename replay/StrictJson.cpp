@@ -67,7 +67,7 @@ private:
     Fault checkToken(char c) {
         if (c == '"') return checkString();
         if (c == '-' || c == '+' || isDigit(c)) return checkNumber();
-        if (c == '/') return fault("comment");  // jsoncpp refuses only some
+        if (c == '/') return fault(R"(comment, where a member named "//" is wanted)");  // jsoncpp refuses only some
         if ((c == '{' || c == '[') && ++depth_ > StrictJson::kMaxDepth) return tooDeep();
         if ((c == '}' || c == ']') && depth_ > 0) --depth_;
         if (isControl(c) && c != '\t' && c != '\r' && c != '\n') return fault("control character");

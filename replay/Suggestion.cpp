@@ -40,7 +40,7 @@ std::optional<std::string_view> nearestWord(std::string_view word, std::span<con
     std::optional<std::string_view> nearest;
     size_t least = kMaxLength;
     for (const std::string_view candidate : known) {
-        const auto [shorter, longer] = std::minmax(word.size(), candidate.size());
+        const auto [shorter, longer] = std::minmax({word.size(), candidate.size()});
         if (longer > kMaxLength) continue;
         const size_t bound = std::max<size_t>(longer / 3, 1);
         if (longer - shorter > bound) continue;

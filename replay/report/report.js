@@ -362,11 +362,11 @@ function outcomeBar(row) {
 }
 
 function nameRow(row) {
-  const found = journeys.some(journey => journey.name === row.name);
+  const found = !row.isMonitor && journeys.some(journey => journey.name === row.name);
   const name = breakable(row.label);
   return html("tr", {"data-name": row.label},
     html("th", {scope: "row"},
-      found ? html("a", {class: "mono", href: "#search=" + encodeURIComponent(row.name), title: "Show journeys"}, name)
+      found ? html("a", {class: "mono", href: "#name=" + encodeURIComponent(row.name), title: "Show journeys"}, name)
         : html("span", {class: row.name === null ? "muted" : "mono"}, name),
       row.isMonitor ? " " : null, row.isMonitor ? html("span", {class: "tag"}, "monitor") : null),
     numberCell(row.events), numberCell(row.kept), numberCell(row.dropped), numberCell(row.bad),
@@ -469,8 +469,7 @@ function verdictOf(journey) {
   if (journey.bad !== undefined) return {kind: "bad", text: "bad", by: journey.bad};
   return {kind: "kept", text: "kept", by: ""};
 }
-const placeOf = journey => journey.place ?? journey.reported_at;
-const shortPlace = journey => placeOf(journey).split("/").pop();
+const shortPlace = journey => journey.place.split("/").pop();
 
 const members = object => html("dl", {class: "members mono"}, ...Object.entries(object).flatMap(([name, value]) =>
   [html("dt", {}, visible(name)), html("dd", {}, jsonText(value))]));
@@ -514,8 +513,7 @@ function drawJourney(index) {
 
   byId("journey").replaceChildren(
     html("h3", {class: "mono"}, html("bdi", {}, visible(journey.name))),
-    html("p", {class: "muted"}, (journey.place ? "" : "reported about ") + visible(placeOf(journey)) +
-      `, uid ${journey.uid}, ${journey.format}` +
+    html("p", {class: "muted"}, visible(journey.place) + `, uid ${journey.uid}, ${journey.format}` +
       (journey.identifier === journey.name ? "" : `, identifier ${visible(journey.identifier)}`)),
     html("ol", {class: "stages"}, ...items),
     payload("Data before the first stage", journey.data, journey.output === undefined),
@@ -527,8 +525,8 @@ const MOST_FOUND = 300;
 
 function searchText(journey) {
   const verdict = verdictOf(journey);
-  return [journey.name, placeOf(journey), "uid", journey.uid, journey.identifier, journey.format, verdict.kind, verdict.text,
-    verdict.by, journey.place ? "" : "reported monitor"].map(visible).join(" ").toLowerCase();
+  return [journey.name, journey.place, "uid", journey.uid, journey.identifier, journey.format, verdict.kind, verdict.text,
+    verdict.by].map(visible).join(" ").toLowerCase();
 }
 
 function journeyLink(journey, index) {
@@ -536,7 +534,7 @@ function journeyLink(journey, index) {
   return html("li", {}, html("a", {href: "#journey-" + (index + 1)},
     html("span", {class: "head"}, html("bdi", {class: "mono"}, visible(journey.name)),
       html("span", {class: "verdict " + verdict.kind}, verdict.text)),
-    html("span", {class: "muted"}, (journey.place ? "" : "about ") + visible(shortPlace(journey)) + ", uid " + journey.uid)));
+    html("span", {class: "muted"}, visible(shortPlace(journey)) + ", uid " + journey.uid)));
 }
 
 function setUpJourneys() {
@@ -552,15 +550,19 @@ function setUpJourneys() {
       else link.removeAttribute("aria-current");
     }
   };
-  const find = () => {
-    const words = search.value.toLowerCase().split(/\s+/).filter(Boolean);
-    const found = journeys.map((_, index) => index).filter(index => words.every(word => texts[index].includes(word)));
+  const show = isWanted => {
+    const found = journeys.map((_, index) => index).filter(isWanted);
     list.replaceChildren(...found.slice(0, MOST_FOUND).map(index => journeyLink(journeys[index], index)));
     if (found.length > MOST_FOUND) list.append(html("li", {class: "more muted"}, `and ${count(found.length - MOST_FOUND)} more`));
     byId("journeys-shown").textContent = `${count(found.length)} found`;
-    if (found.length === 0) list.append(html("li", {class: "more muted"}, "Nothing found."));
+    if (found.length === 0) list.append(html("li", {class: "more muted"},
+      `Nothing among the journeys of the first ${count(journeys.length)} events. --report-events N follows more.`));
     markCurrent();
     return found;
+  };
+  const find = () => {
+    const words = search.value.toLowerCase().split(/\s+/).filter(Boolean);
+    return show(index => words.every(word => texts[index].includes(word)));
   };
   const follow = () => {
     const hash = location.hash, opened = /^#journey-(\d+)$/.exec(hash);
@@ -568,9 +570,10 @@ function setUpJourneys() {
       drawJourney(opened[1] - 1);
       markCurrent();
       byId("journeys").scrollIntoView({block: "start"});
-    } else if (hash.startsWith("#search=")) {
-      search.value = new URLSearchParams(hash.slice(1)).get("search");
-      const found = find();
+    } else if (hash.startsWith("#name=")) {
+      const name = new URLSearchParams(hash.slice(1)).get("name");
+      search.value = visible(name);
+      const found = show(index => journeys[index].name === name);
       if (found.length > 0) drawJourney(found[0]);
       byId("journeys").scrollIntoView({block: "start"});
     }

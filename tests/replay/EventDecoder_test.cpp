@@ -79,7 +79,7 @@ TEST(EventDecoder, NamesWhatIsWrongWithALine) {
         {R"({"name":"a" "data":{}})", "not JSON: column 13: Missing ',' or '}' in object declaration"},
         {"{\"name\":\r\"a\" 1}\r", "not JSON: column 14: Missing ',' or '}' in object declaration"},
         {R"({"name":NaN})", "not JSON: column 9: Syntax error: value, object or array expected."},
-        {R"({"name":"a//b","data":{} /* c */})", "not JSON: column 26: comment"},
+        {R"({"name":"a//b","data":{} /* c */})", "not JSON: column 26: comment, where a member named \"//\" is wanted"},
         {R"({"a":"\ud800\u0041"})", "not JSON: column 7: half of a surrogate pair"},
         {R"({"a":"\udc00"})", "not JSON: column 7: half of a surrogate pair"},
         {R"({"a":"\u12"})", "not JSON: column 6: Bad unicode escape sequence in string: four digits expected."},

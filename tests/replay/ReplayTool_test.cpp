@@ -223,12 +223,12 @@ TEST_F(ReplayTool, FollowsALiveStream) {
     const std::string unchecked = "expectations not checked: the run has not come to its end\n";
     const std::string start =
         "rm -f p out; mkfifo p; env --default-signal=INT timeout -s KILL 20 $TOOL run - --threads 2 --expect e -o out "
-        "<p & exec 3>p; cat in >&3; until [ -s out ]; do sleep .01; done; printf '{\"half' >&3; ";
+        "<p & exec 3>p; { cat in; printf '\\n{\"half'; } >&3; until [ -s out ]; do sleep .01; done; ";
     write("in", std::string(kGoodLine) + "\n");
     write("e", R"({"events":{"launch":{"kept":1}}})");
     EXPECT_EQ(sh(start + "pkill -INT -P $!; wait $!"), 130);
     EXPECT_EQ(readOwn("out"), kGoodOutput);
-    EXPECT_TRUE(read("err").starts_with(summary(1, 1, 2, 0, 0, read("in").size()))) << read("err");
+    EXPECT_TRUE(read("err").starts_with(summary(1, 1, 2, 0, 0, read("in").size() + 1))) << read("err");
     EXPECT_TRUE(read("err").ends_with(unchecked)) << read("err");
     EXPECT_EQ(sh(start + "pkill -P $!; wait $!"), 143);
 
@@ -260,38 +260,38 @@ TEST_F(ReplayTool, WritesTheSameWithAnyNumberOfThreads) {
 
 TEST_F(ReplayTool, NamesWhatIsWrongWithADevice) {
     const std::pair<std::string, std::string> cases[] = {
-        {"[]", " expected an object"},
+        {"[]", "1: expected an object"},
         {"{\r\n \"users\": 1 1}", "2: not JSON: column 13: Missing ',' or '}' in object declaration"},
         {"{\n\n\xFF", "3: not UTF-8: column 1"},
         {std::string(2 << 20, ' '), " longer than 1048576 bytes"},
-        {R"({"user":{}})", " user: unknown member; did you mean \"users\"?"},
-        {R"({"//":"a comment","clock":{"//":1}})", " clock.//: expected a string"},
-        {R"({"identities":{"10123":5}})", " identities.10123: expected a string"},
+        {R"({"user":{}})", "1: user: unknown member; did you mean \"users\"?"},
+        {R"({"//":"a comment","clock":{"//":1}})", "1: clock.//: expected a string"},
+        {R"({"identities":{"10123":5}})", "1: identities.10123: expected a string"},
         {"\xEF\xBB\xBF"
          R"({"identities":{"1\u0000":""}})",
-         " identities.1\\u0000: expected the name to be an unsigned 32-bit integer"},
-        {R"({"users":{"00":{}}})", " users.00: expected the name to be a signed 32-bit integer"},
-        {R"({"users":{"0":{"managed_mode":2147483648}}})", " users.0.managed_mode: expected a signed 32-bit integer"},
-        {R"({"users":{"0":{"account_mode":1}}})", " users.0.account_mode: expected true or false"},
+         "1: identities.1\\u0000: expected the name to be an unsigned 32-bit integer"},
+        {R"({"users":{"00":{}}})", "1: users.00: expected the name to be a signed 32-bit integer"},
+        {R"({"users":{"0":{"managed_mode":2147483648}}})", "1: users.0.managed_mode: expected a signed 32-bit integer"},
+        {R"({"users":{"0":{"account_mode":1}}})", "1: users.0.account_mode: expected true or false"},
         {R"({"packages":{"a.b":{"1":{"version_code":1.0}}}})",
-         " packages.a.b.1.version_code: expected a signed 64-bit integer"},
-        {R"({"sessions":{"v2":{}}})", " sessions.v2: expected an array"},
-        {R"({"sessions":{"v2":[{},{"since_ms":0}]}})", " sessions.v2[1]: another one has the same since_ms"},
+         "1: packages.a.b.1.version_code: expected a signed 64-bit integer"},
+        {R"({"sessions":{"v2":{}}})", "1: sessions.v2: expected an array"},
+        {R"({"sessions":{"v2":[{},{"since_ms":0}]}})", "1: sessions.v2[1]: another one has the same since_ms"},
         {R"({"app_overrides":{"1":{"0":{}}}})",
-         " app_overrides.1.0: 0 stands for no application, which has no overrides"},
-        {R"({"events_in_verification":["a",1]})", " events_in_verification[1]: expected a string"},
+         "1: app_overrides.1.0: 0 stands for no application, which has no overrides"},
+        {R"({"events_in_verification":["a",1]})", "1: events_in_verification[1]: expected a string"},
         {R"({"feature_gates":{"arvo_mobile_telemetry_intake":true}})",
-         " feature_gates.arvo_mobile_telemetry_intake: unknown member; did you mean "
+         "1: feature_gates.arvo_mobile_telemetry_intake: unknown member; did you mean "
          "\"arvo_mobile_telemetry_intake_monitor\"?"},
         {R"({"dynamic_telemetry":{"records":[{"fetch":{"outcome":"NoChange"}}]}})",
-         " dynamic_telemetry.records[0].fetch.outcome: expected noChange, persistSuccess, persistError, parseError, "
+         "1: dynamic_telemetry.records[0].fetch.outcome: expected noChange, persistSuccess, persistError, parseError, "
          "endpointError or userTokenEmpty; did you mean \"noChange\"?"},
         {R"({"dynamic_telemetry":{"events":{"a":{"sample_rate":"1"}}}})",
-         " dynamic_telemetry.events.a.sample_rate: expected a number"},
+         "1: dynamic_telemetry.events.a.sample_rate: expected a number"},
         {R"({"dynamic_telemetry":{"events":{"a":{"sample_rate":1.5}}}})",
-         " dynamic_telemetry.events.a.sample_rate: expected a number from 0 to 1"},
-        {R"({"clock":{"time_ms":1}})", " clock: time_ms and boot_time_ms go together"},
-        {R"({"system_properties":{"a":"\u0000"}})", " system_properties.a: a system property cannot hold a NUL"},
+         "1: dynamic_telemetry.events.a.sample_rate: expected a number from 0 to 1"},
+        {R"({"clock":{"time_ms":1}})", "1: clock: time_ms and boot_time_ms go together"},
+        {R"({"system_properties":{"a":"\u0000"}})", "1: system_properties.a: a system property cannot hold a NUL"},
     };
     for (const auto& [device, message] : cases) {
         write("device", device);
@@ -544,7 +544,12 @@ TEST_F(ReplayTool, SaysWhyAnEventIsDropped) {
                   record(R"("active_dynamic_telemetry_config_id":"a","fetch_finished_ms":1,"fetch_outcome":)"
                          R"("userTokenEmpty","fetched_dynamic_telemetry_config_id":"f")",
                          "config_performance"));
-    EXPECT_TRUE(read("err").starts_with(summary(19, 30, 35, 14, 0, in.size()))) << read("err");
+    EXPECT_TRUE(
+        read("err").starts_with("schema:1: warning: allowed_events[4].categories[0]: neither ESSENTIAL nor "
+                                "NON_ESSENTIAL, which makes the entry "
+                                "INVALID; `telemetry-replay schema check` finds 1 problem\n" +
+                                summary(19, 30, 35, 14, 0, in.size())))
+        << read("err");
     EXPECT_NE(
         read("reports").find(
             R"("consent_state":32,"data_use_consent":false,"event_category":"NON_ESSENTIAL_WITH_OTHER_CONSENT",)"
@@ -634,7 +639,7 @@ TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
          {R"("NEEDS_REVIEW": [4, 5], "NON_ESSENTIAL_WITH_OTHER_CONSENT": [7],)",
           {settings + "NEEDS_REVIEW: expected exactly one signed 32-bit integer; taken as empty"}},
          {R"("INVALID": [6]}, "allowed_evnts": [], "allowed_events": [)",
-          {"allowed_evnts: " + other, settings + "INVALID: " + other}},
+          {"allowed_evnts: " + other + "; did you mean \"allowed_events\"?", settings + "INVALID: " + other}},
          {a + R"(, "categories": [1]},)", {}},
          {a + R"(, "categories": [4294967296, 8, 1, 7], "extra_data_categories": []},)",
           {"allowed_events[1].identifier: the same as allowed_events[0].identifier",
@@ -642,8 +647,9 @@ TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
            "allowed_events[1].categories[3]: " + unknown,
            "allowed_events[1].extra_data_categories: expected an object; taken as missing"}},
          {R"({"identifier": "salt", "category": {}, "extra_data_categories": {"granular": {}, "g\u0000": 1}},)",
-          {"allowed_events[2].category: " + other, "allowed_events[2].identifier: " + hash,
-           "allowed_events[2].categories: missing", "allowed_events[2].extra_data_categories.g\\u0000: " + other,
+          {"allowed_events[2].category: " + other + "; did you mean \"categories\"?",
+           "allowed_events[2].identifier: " + hash, "allowed_events[2].categories: missing",
+           "allowed_events[2].extra_data_categories.g\\u0000: " + other,
            "allowed_events[2].extra_data_categories.granular: " + array}},
          {R"({"identifier": 5}, [], {"categories": {}}],)",
           {"allowed_events[3].identifier: expected a text; the entry is passed over",
