@@ -48,13 +48,14 @@ void EventBatch::processEntry(Entry& entry, DevicePipeline& pipeline, const Foll
 /// A stage may report about a report, and so on, for ever if a rate limit is odd enough.
 void EventBatch::processReports(Entry& entry, DevicePipeline& pipeline, const Follow& follow) {
     constexpr int kMaxGenerations = 8;
+    const bool needsLines = wishes_.drops || wishes_.monitorEvents || wishes_.rejects;
     for (int generation = 1;; ++generation) {
         const std::vector<MonitorReport> reports = pipeline.takeReports();
         if (reports.empty()) return;
         for (const MonitorReport& report : reports) {
             Result result;
             result.isReport = true;
-            if (wishes_.lines || follow) result.line = toLine(report, entry.place);
+            if (needsLines || follow) result.line = toLine(report, entry.place);
             if (generation > kMaxGenerations) {
                 entry.results.push_back(std::move(result));
             } else {
@@ -105,7 +106,7 @@ void EventBatch::write() {
 
 void EventBatch::write(const Entry& entry, Result& result) {
     const std::string_view line = result.isReport ? std::string_view(result.line) : entry.line;
-    if (result.isReport && wishes_.lines) texts_.monitorEvents.append(line).append("\n");
+    if (result.isReport && wishes_.monitorEvents) texts_.monitorEvents.append(line).append("\n");
     if (!result.outcome) return;
     if (result.event) {
         result.textBegin = texts_.output.size();
@@ -116,7 +117,7 @@ void EventBatch::write(const Entry& entry, Result& result) {
         result.textLength = texts_.output.size() - result.textBegin;
     }
     if (auto* dropped = std::get_if<Dropped>(&*result.outcome)) {
-        if (!wishes_.lines) return;
+        if (!wishes_.drops) return;
         Json::Value why = dropped->why;
         why["place"] = escaped(toText(entry.place));
         const bool hasEarlierDrop = !result.isReport && entry.earlierDrop;
@@ -127,7 +128,7 @@ void EventBatch::write(const Entry& entry, Result& result) {
 }
 
 void EventBatch::reject(std::string_view line) {
-    if (wishes_.lines) texts_.rejects.append(line).append("\n");
+    if (wishes_.rejects) texts_.rejects.append(line).append("\n");
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -25,9 +25,9 @@ class EventBatch {
 public:
     /// What is wanted beside the texts of what is kept: each costs time.
     struct Wishes {
-        bool lines = false;         // of drops, monitor events and rejects
-        bool explanations = false;  // of drops
-        bool observations = false;  // names and times
+        bool drops = false, monitorEvents = false, rejects = false;  // their lines
+        bool explanations = false;                                   // of drops
+        bool observations = false;                                   // names and times
     };
 
     /// Begins the journey of an event that is to be followed; null if it is not.

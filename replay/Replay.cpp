@@ -31,9 +31,11 @@ Replay::Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, Opti
 
 EventBatch::Wishes Replay::wishes() const {
     EventBatch::Wishes wishes;
-    wishes.lines = files_.drops || files_.monitorEvents || files_.rejects;
+    wishes.drops = files_.drops.has_value();
+    wishes.monitorEvents = files_.monitorEvents.has_value();
+    wishes.rejects = files_.rejects.has_value();
     wishes.observations = !options_.observers.empty();
-    wishes.explanations = files_.drops || wishes.observations;
+    wishes.explanations = wishes.drops || wishes.observations;
     return wishes;
 }
 
