@@ -226,11 +226,11 @@ TEST_F(ReplayTool, FollowsALiveStream) {
         "<p & exec 3>p; { cat in; printf '\\n{\"half'; } >&3; until [ -s out ]; do sleep .01; done; ";
     write("in", std::string(kGoodLine) + "\n");
     write("e", R"({"events":{"launch":{"kept":1}}})");
-    EXPECT_EQ(sh(start + "pkill -INT -P $!; wait $!"), 130);
+    EXPECT_EQ(sh(start + "kill -INT $!; wait $!"), 130);
     EXPECT_EQ(readOwn("out"), kGoodOutput);
     EXPECT_TRUE(read("err").starts_with(summary(1, 1, 2, 0, 0, read("in").size() + 1))) << read("err");
     EXPECT_TRUE(read("err").ends_with(unchecked)) << read("err");
-    EXPECT_EQ(sh(start + "pkill -P $!; wait $!"), 143);
+    EXPECT_EQ(sh(start + "kill $!; wait $!"), 143);
 
     const std::string head = "$TOOL run $o; echo $? >status; } | head -n 1 >out; exit $(cat status)";
     EXPECT_EQ(sh("{ yes \"$(cat in)\" | " + head), 0);
