@@ -222,7 +222,8 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
 TEST_F(ReplayTool, FollowsALiveStream) {
     const std::string unchecked = "expectations not checked: the run has not come to its end\n";
     const std::string start =
-        "rm -f p out; mkfifo p; env --default-signal=INT timeout -s KILL 20 $TOOL run - --threads 2 --expect e -o out "
+        "rm -f p out; mkfifo p; env --default-signal=INT timeout --foreground -s KILL 20 $TOOL run - --threads 2 "
+        "--expect e -o out "
         "<p & exec 3>p; { cat in; printf '\\n{\"half'; } >&3; until [ -s out ]; do sleep .01; done; ";
     write("in", std::string(kGoodLine) + "\n");
     write("e", R"({"events":{"launch":{"kept":1}}})");
