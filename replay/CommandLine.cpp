@@ -220,7 +220,7 @@ void CommandLine::addRun() {
     addFlag(command, "--strict", run_.strict, "Stop at the first bad line; there is one thread then");
     addFlag(command, "--print-config", run_.printConfig,
             "Print the effective configuration and where each part comes from, and stop");
-    addFlag(command, "-q,--quiet", run_.quiet, "No warnings, no progress bar, no summary");
+    addFlag(command, "-q,--quiet", run_.quiet, "No warnings, no status line, no summary");
 }
 
 void CommandLine::addExplain() {

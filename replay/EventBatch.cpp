@@ -1,6 +1,5 @@
 #include "replay/EventBatch.h"
 
-#include <algorithm>
 #include <exception>
 #include <utility>
 

@@ -1,6 +1,5 @@
 #include "replay/RunCommand.h"
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <memory>
