@@ -1,7 +1,5 @@
 #include "telemetry/BundleToJson.h"
 
-#include <utils/String8.h>
-
 #include <algorithm>
 #include <cmath>
 #include <set>
@@ -9,13 +7,13 @@
 #include <vector>
 
 #include "conversion/ArrayMarker.h"
+#include "conversion/PlatformText.h"
 
 namespace Velo::OS::Telemetry {
 
 namespace {
 
 using android::String16;
-using android::String8;
 using android::os::PersistableBundle;
 using Keys = std::set<String16>;
 
@@ -23,7 +21,11 @@ template <typename T>
 using Getter = bool (PersistableBundle::*)(const String16&, T*) const;
 
 /// Strings and keys end at their first NUL.
-Json::Value toJson(const String16& text) { return Json::Value(String8(text).string()); }
+Json::Value toJson(const String16& text) {
+    std::string utf8;
+    toUtf8(text, utf8);
+    return Json::Value(utf8);
+}
 
 Json::Value toJson(int64_t number) { return Json::Value(static_cast<Json::Int64>(number)); }
 
@@ -84,12 +86,13 @@ private:
 template <typename T>
 bool convertMembers(const PersistableBundle& bundle, const Keys& keys, Getter<T> get, const MemberNames& earlier,
                     Json::Value& json) {
+    std::string name;
     for (const String16& key : keys) {
-        const String8 name(key);
-        if (earlier.contains(name.string())) continue;
+        toUtf8(key, name);
+        if (earlier.contains(name)) continue;
         T value{};
         if (!(bundle.*get)(key, &value) || !isConvertible(value)) return false;
-        json[name.string()] = toJson(value);
+        json[name] = toJson(value);
     }
     return true;
 }
@@ -111,8 +114,10 @@ bool convertObject(const PersistableBundle& bundle, Json::Value& json) {
 
     // Deliberate: nested bundles are merged whatever was there before. An earlier member that is no object therefore
     // fails the call, and an empty nested bundle leaves null.
+    std::string name;
     for (const String16& key : bundle.getPersistableBundleKeys()) {
-        if (!convertNested(bundle, key, json[String8(key).string()])) return false;
+        toUtf8(key, name);
+        if (!convertNested(bundle, key, json[name])) return false;
     }
     return true;
 }
@@ -204,7 +209,7 @@ bool convertBundleToJson(PersistableBundle& bundle, Json::Value& json) {
 }
 
 Json::Value getScalarValueFromBundle(const PersistableBundle& bundle, const std::string& key) {
-    const String16 key16(key.c_str());
+    const String16 key16 = toString16(key.c_str());
     if (bool value = false; bundle.getBoolean(key16, &value)) return toJson(value);
     if (int32_t value = 0; bundle.getInt(key16, &value)) return toJson(value);
     if (int64_t value = 0; bundle.getLong(key16, &value)) return toJson(value);

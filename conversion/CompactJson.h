@@ -6,7 +6,10 @@
 
 namespace Velo::OS::Telemetry {
 
-/// The value as single-line JSON, written by jsoncpp with its defaults otherwise.
+/// The value as single-line JSON, byte for byte what jsoncpp writes with its defaults and no indentation.
 std::string toCompactJson(const Json::Value& value);
+
+/// Appends the text as a JSON string, as jsoncpp would write it.
+void appendQuoted(std::string& json, const std::string& text);
 
 }  // namespace Velo::OS::Telemetry

@@ -8,6 +8,7 @@
 
 #include "conversion/ArrayMarker.h"
 #include "conversion/PerThread.h"
+#include "conversion/PlatformText.h"
 
 namespace Velo::OS::Telemetry {
 
@@ -36,7 +37,7 @@ bool convertJsonToBundle(const std::string& key, const Json::Value& value, Persi
     if (value.isNull()) return true;
 
     // Deliberate: a null or a child that cannot be stored is left out and its parent is stored all the same.
-    const String16 key16(key.c_str());
+    const String16 key16 = toString16(key.c_str());
     if (value.isArray()) {
         PersistableBundle elements;
         elements.putBoolean(arrayMarker(), true);
@@ -54,7 +55,7 @@ bool convertJsonToBundle(const std::string& key, const Json::Value& value, Persi
         // Deliberate: every JSON number counts as a double, so one that went in as an int comes back as a real.
         bundle.putDouble(key16, value.asDouble());
     } else if (value.isString()) {
-        bundle.putString(key16, String16(value.asCString()));
+        bundle.putString(key16, toString16(value.asCString()));
     } else {
         return false;
     }

@@ -4,9 +4,12 @@
 
 #include <locale>
 #include <sstream>
+#include <typeinfo>
+#include <utility>
 
 #include "conversion/ArrayMarker.h"
 #include "conversion/CompactJson.h"
+#include "event/JsonValueOf.h"
 #include "processor/TraceSlice.h"
 #include "telemetry/BundleToJson.h"
 #include "telemetry/TelemetryEventBundle.h"
@@ -15,7 +18,7 @@ namespace Velo::OS::Telemetry {
 
 const Json::Value& TelemetryEventBundle::convertedData() {
     if (!converted_) {
-        Json::Value& target = document_["data"];
+        Json::Value& target = data();
         if (hasArrayMarker(bundle_)) {
             // Conversion takes the marker out of the bundle it is given, and the event's own bundle never changes.
             android::os::PersistableBundle copy(bundle_);
@@ -25,10 +28,15 @@ const Json::Value& TelemetryEventBundle::convertedData() {
         }
         converted_ = true;
     }
-    return data();
+    return std::as_const(*this).data();
 }
 
 Json::Value TelemetryEventBundle::getJsonValue() { return convertedData(); }
+
+const Json::Value& jsonValueOf(TelemetryEvent& event, Json::Value& copy) {
+    if (typeid(event) == typeid(TelemetryEventBundle)) return static_cast<TelemetryEventBundle&>(event).convertedData();
+    return copy = event.getJsonValue();
+}
 
 const std::string& TelemetryEventBundle::getJsonString() {
     const TraceSlice slice("getJsonString");
@@ -46,11 +54,29 @@ const std::string& TelemetryEventBundle::getJsonString() {
 }
 
 std::string TelemetryEventBundle::getJsonBatchHeaderString() {
-    Json::Value header(Json::objectValue);
-    for (const auto& [key, value] : properties_) header[key] = value;
-    header["app_id"] = static_cast<Json::Int64>(appId());
-    header["app_version"] = appVersion();
-    return toCompactJson(header);
+    std::string header = "{";
+    auto property = properties_.cbegin();
+    const auto addProperty = [&] {
+        appendQuoted(header, property->first);
+        header += ':';
+        appendQuoted(header, property->second);
+        header += ',';
+        ++property;
+    };
+    // Members go by ascending key, and a property that bears the name of one of these two gives way to it.
+    const auto addPropertiesBefore = [&](std::string_view key) {
+        while (property != properties_.cend() && property->first < key) addProperty();
+        if (property != properties_.cend() && property->first == key) ++property;
+    };
+    addPropertiesBefore("app_id");
+    header.append("\"app_id\":").append(std::to_string(appId())) += ',';
+    addPropertiesBefore("app_version");
+    header += "\"app_version\":";
+    appendQuoted(header, appVersion());
+    header += ',';
+    while (property != properties_.cend()) addProperty();
+    header.back() = '}';
+    return header;
 }
 
 std::string TelemetryEventBundle::getDebugString() {

@@ -13,6 +13,10 @@ namespace {
 
 constexpr int64_t kDefaultAppId = 736366014426470;
 
+// The two members of a document; jsoncpp need not copy names that are static.
+constexpr char kDataMember[] = "data";
+constexpr char kNameMember[] = "event_name";
+
 /// 1 / rate as an integer. What no unsigned long holds becomes the nearest one that it does, and NaN 0, as on the
 /// device's processors.
 unsigned long inverseOf(float rate) {
@@ -28,8 +32,8 @@ unsigned long inverseOf(float rate) {
 TelemetryEventBundle::TelemetryEventBundle(const std::string& name, unsigned int uid, bool realtime,
                                            const android::os::PersistableBundle& bundle)
     : bundle_(bundle), uid_(uid), intakeFormat_(IntakeFormat::JsonBundle) {
-    document_["event_name"] = name;
-    document_["data"]["realtime"] = realtime;
+    document_[Json::StaticString(kNameMember)] = name;
+    document_[Json::StaticString(kDataMember)]["realtime"] = realtime;
     overrideIntakeFormat();
 }
 
@@ -39,8 +43,8 @@ TelemetryEventBundle::TelemetryEventBundle(const std::string& name, unsigned int
 TelemetryEventBundle::TelemetryEventBundle(const std::string& name, Json::Value data, unsigned int uid,
                                            IntakeFormat format)
     : uid_(uid), intakeFormat_(format) {
-    document_["event_name"] = name;
-    document_["data"] = std::move(data);
+    document_[Json::StaticString(kNameMember)] = name;
+    document_[Json::StaticString(kDataMember)] = std::move(data);
     // Deliberate: an event that arrives as JSON is never a priority event, whatever its data says.
     addToJsonEventMetadata("realtime", false);
     overrideIntakeFormat();
@@ -65,7 +69,14 @@ bool TelemetryEventBundle::operator==(TelemetryEventBundle& other) {
     return bundle_ == other.bundle_ && document_.compare(other.document_) == 0;
 }
 
-const Json::Value& TelemetryEventBundle::data() const { return std::as_const(document_)["data"]; }
+/// "data" is the first member by name, so that it need not be looked up. Of an event that was moved from there is none.
+const Json::Value& TelemetryEventBundle::data() const {
+    return document_.isObject() ? *document_.begin() : Json::Value::nullSingleton();
+}
+
+Json::Value& TelemetryEventBundle::data() {
+    return document_.isObject() ? *document_.begin() : document_[Json::StaticString(kDataMember)];
+}
 
 /// Like `getFromEventMetadata`, without copying what the data holds: `storage` takes what the bundle holds.
 const Json::Value& TelemetryEventBundle::metadata(std::string_view key, Json::Value& storage) const {
@@ -106,7 +117,7 @@ Json::Value TelemetryEventBundle::getFromEventMetadata(const std::string& key) c
 
 void TelemetryEventBundle::addToJsonEventMetadata(const std::string& key, Json::Value&& value) {
     cachedJson_.reset();
-    Json::Value& target = document_["data"];
+    Json::Value& target = data();
     // Data that is no object has no members; its conversion fails, and with it the event's JSON text.
     if (target.isObject() || target.isNull()) target[key] = std::move(value);
 }

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "conversion/JsonMember.h"
+#include "event/JsonValueOf.h"
 #include "guards/Rejection.h"
 #include "monitors/MonitorEvent.h"
 #include "telemetry/EventSchemaHandler.h"
@@ -128,7 +129,8 @@ EventResult EventFilterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
 std::unique_ptr<TelemetryEvent> EventFilterGuard::setOriginalUid(std::string eventIdentifier,
                                                                  std::unique_ptr<TelemetryEvent> event) {
     // For every event, because this is where a bundle becomes JSON; stages that follow add to that.
-    const Json::Value json = event->getJsonValue();
+    Json::Value copy;
+    const Json::Value& json = jsonValueOf(*event, copy);
     if (eventIdentifier == "arvo_api_permission_state_event") {
         const Json::Value& members = membersOf(json);
         if (memberOf(members, "source") == "listener") {

@@ -1,6 +1,7 @@
 #include "telemetry/VerificationMonitor.h"
 
 #include "conversion/CompactJson.h"
+#include "event/JsonValueOf.h"
 #include "monitors/CityHash64.h"
 #include "monitors/MonitorEvent.h"
 #include "telemetry/TelemetrySettingsManager.h"
@@ -39,8 +40,9 @@ std::unique_ptr<TelemetryEvent> VerificationMonitor::monitor(std::unique_ptr<Tel
     const std::string name = event->name();
     if (!isEventInVerification(name)) return event;
 
+    Json::Value copy;
     Fields fields;
-    convertObjectToMap(event->getJsonValue(), fields);
+    convertObjectToMap(jsonValueOf(*event, copy), fields);
     const std::string withTimestamp = textOf(fields, realtimeKeys).first;
     const auto [withoutTimestamp, count] = textOf(fields, timestampKeys);
     const int64_t createdMs = event->clientCreatedTime();

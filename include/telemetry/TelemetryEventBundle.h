@@ -100,12 +100,14 @@ public:
 
 private:
     const Json::Value& data() const;
+    Json::Value& data();
     const Json::Value& metadata(std::string_view key, Json::Value& storage) const;
     std::string metadataText(std::string_view key) const;
     bool metadataBool(std::string_view key) const;
     long metadataNumber(std::string_view key, long defaultValue) const;
     const std::string* property(const char* key) const;
     const Json::Value& convertedData();
+    friend const Json::Value& jsonValueOf(TelemetryEvent& event, Json::Value& copy);
 
     android::os::PersistableBundle bundle_;
     Json::Value document_;

@@ -21,6 +21,14 @@ bool get(const Map& map, const String16& key, Value* out) {
     return true;
 }
 
+template <typename Map>
+bool eraseFrom(Map& map, const String16& key) {
+    const auto found = map.find(key);
+    if (found == map.end()) return false;
+    map.erase(found);
+    return true;
+}
+
 }  // namespace
 
 // A desk has no binder.
@@ -37,10 +45,11 @@ size_t PersistableBundle::size() const {
 
 size_t PersistableBundle::erase(const String16& key) {
     // A key has one type at a time, so the first removal is the only one.
-    const bool removed = mBoolMap.erase(key) || mIntMap.erase(key) || mLongMap.erase(key) || mDoubleMap.erase(key) ||
-                         mStringMap.erase(key) || mBoolVectorMap.erase(key) || mIntVectorMap.erase(key) ||
-                         mLongVectorMap.erase(key) || mDoubleVectorMap.erase(key) || mStringVectorMap.erase(key) ||
-                         mPersistableBundleMap.erase(key);
+    const bool removed = eraseFrom(mBoolMap, key) || eraseFrom(mIntMap, key) || eraseFrom(mLongMap, key) ||
+                         eraseFrom(mDoubleMap, key) || eraseFrom(mStringMap, key) || eraseFrom(mBoolVectorMap, key) ||
+                         eraseFrom(mIntVectorMap, key) || eraseFrom(mLongVectorMap, key) ||
+                         eraseFrom(mDoubleVectorMap, key) || eraseFrom(mStringVectorMap, key) ||
+                         eraseFrom(mPersistableBundleMap, key);
     return removed ? 1 : 0;
 }
 

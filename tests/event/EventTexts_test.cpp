@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
+#include <random>
 
 #include "telemetry/TelemetryEventBundle.h"
 #include "tests/fakes/LogCapture.h"
@@ -70,6 +72,56 @@ TEST(Serialisation, WritesCompactJsonWithTheWritersDefaults) {
     const std::string shortPart = R"({"a":"\u00e9\n/\u0000","b":[1,{"c":0.10000000000000001}],"realtime":false,"t":")";
     EXPECT_EQ(e.getJsonString(), shortPart + longText + "\"}");
     EXPECT_EQ(event("{}").getJsonString(), R"({"realtime":false})") << "after a text whose memory is not kept";
+}
+
+/// Texts of any bytes, numbers of any kind, and arrays and objects of these.
+Json::Value anyValue(std::mt19937& random, int depth) {
+    const auto number = [&](uint32_t below) { return static_cast<int>(random() % below); };
+    const auto anyText = [&] {
+        const bool isPlain = number(2) == 0;
+        std::string text(random() % 20, 'a');
+        for (char& c : text) c = static_cast<char>(isPlain ? ' ' + number(96) : number(256));
+        return text;
+    };
+    switch (number(depth > 0 ? 8 : 6)) {
+        case 0:
+            return number(2) ? Json::Value() : Json::Value(number(2) == 0);
+        case 1:
+            return Json::Value(static_cast<Json::Int64>(uint64_t{random()} << number(33)) * (number(2) ? 1 : -1));
+        case 2:
+            return Json::Value(static_cast<Json::UInt64>(uint64_t{random()} << 32 | random()));
+        case 3:
+            return Json::Value((number(2) ? 1 : number(1000)) * std::pow(10, number(640) - 320));
+        case 6: {
+            Json::Value array(Json::arrayValue);
+            for (int i = number(4); i > 0; --i)
+                array[static_cast<Json::ArrayIndex>(number(6))] = anyValue(random, depth - 1);
+            return array;
+        }
+        case 7: {
+            Json::Value object(Json::objectValue);
+            for (int i = number(5); i > 0; --i) object[anyText()] = anyValue(random, depth - 1);
+            if (number(20) == 0) object.setComment(std::string("/* odd */"), Json::commentAfterOnSameLine);
+            return object;
+        }
+        default:
+            return Json::Value(anyText());
+    }
+}
+
+TEST(Serialisation, IsWhatJsoncppWrites) {
+    std::mt19937 random(1);
+    for (int i = 0; i < 3000; ++i) {
+        TelemetryEventBundle e = event("{}");
+        e.addJson("any", anyValue(random, 3));
+        const std::string key = i % 2 ? "app_if" : "app_idle\"";
+        const std::string property = anyValue(random, 0).asString();
+        e.addProperty(key, property);
+        ASSERT_EQ(e.getJsonString(), text(e.getJsonValue()));
+        Json::Value header = parsed(R"({"app_id":736366014426470,"app_version":""})");
+        header[key] = property;
+        ASSERT_EQ(e.getJsonBatchHeaderString(), text(header));
+    }
 }
 
 TEST(Serialisation, TheTextIsKeptUntilSomethingIsAdded) {
