@@ -1,10 +1,7 @@
 #include "replay/BashCompletion.h"
 
-#include <CLI/CLI.hpp>
 #include <string_view>
 #include <vector>
-
-#include "replay/CommandTree.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -46,48 +43,47 @@ std::string alternatives(const std::vector<std::string>& words) { return quoted(
 /// The line that follows words into subcommands.
 std::string stepsInto(const Commands& commands) {
     std::vector<std::string> calls;
-    for (const CLI::App* command : commands) calls.push_back(callOf(*command));
+    for (const Command* command : commands) calls.push_back(command->call);
     return "            " + alternatives(calls) + ") command+=\" ${COMP_WORDS[i]}\" ;;\n        esac\n    done\n";
 }
 
 /// What there is to complete behind the command.
-std::string choicesOf(const CLI::App& command) {
+std::string choicesOf(const Command& command) {
     std::vector<std::string> options;
-    for (const CLI::Option* option : optionsOf(command)) {
-        for (const std::string& name : namesOf(*option)) options.push_back(name);
+    for (const Argument& option : command.options) {
+        options.insert(options.end(), option.names.begin(), option.names.end());
     }
     std::vector<std::string> subcommands;
-    for (const CLI::App* subcommand : subcommandsOf(command)) subcommands.push_back(subcommand->get_name());
+    for (const Command& subcommand : command.subcommands) subcommands.emplace_back(nameOf(subcommand));
 
-    std::string script = "        " + quoted(callOf(command)) + ")\n";
+    std::string script = "        " + quoted(command.call) + ")\n";
     script += "            options=" + quoted(joined(options, " ")) + "\n";
     if (!subcommands.empty()) script += "            subcommands=" + quoted(joined(subcommands, " ")) + "\n";
-    const Arguments positionals = positionalsOf(command);
-    if (!positionals.empty()) script += "            positional=" + valueOf(*positionals.front()) + "\n";
+    if (!command.positionals.empty()) script += "            positional=" + command.positionals.front().value + "\n";
     return script + "            ;;\n";
 }
 
 /// Whether the previous word waits for a value, and for which.
-std::string valuesOf(const CLI::App& command) {
+std::string valuesOf(const Command& command) {
     std::string script;
-    for (const CLI::Option* option : optionsOf(command)) {
-        if (valueOf(*option).empty()) continue;
+    for (const Argument& option : command.options) {
+        if (option.value.empty()) continue;
         std::vector<std::string> calls;
-        for (const std::string& name : namesOf(*option)) calls.push_back(callOf(command) + " " + name);
-        script += "        " + alternatives(calls) + ") value=" + valueOf(*option) + " ;;\n";
+        for (const std::string& name : option.names) calls.push_back(command.call + " " + name);
+        script += "        " + alternatives(calls) + ") value=" + option.value + " ;;\n";
     }
     return script;
 }
 
 }  // namespace
 
-std::string formatBashCompletion(const CLI::App& tool) {
+std::string formatBashCompletion(const Command& tool) {
     Commands commands = allCommandsOf(tool);
     std::string script = std::string(kHead) + stepsInto(commands);
     commands.insert(commands.begin(), &tool);
     std::string values;
     script += "    case $command in\n";
-    for (const CLI::App* command : commands) {
+    for (const Command* command : commands) {
         script += choicesOf(*command);
         values += valuesOf(*command);
     }

@@ -1,25 +1,31 @@
 #include "replay/CommandLine.h"
 
+#include <CLI/CLI.hpp>
 #include <charconv>
 #include <cstdint>
+#include <functional>
 #include <limits>
+#include <optional>
 #include <set>
 #include <span>
 #include <sstream>
+#include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "replay/BashCompletion.h"
 #include "replay/CommandTree.h"
 #include "replay/ConfigCommand.h"
 #include "replay/Console.h"
+#include "replay/ExplainCommand.h"
 #include "replay/FileError.h"
 #include "replay/HelpFormat.h"
-#include "replay/HelpTexts.h"
 #include "replay/InitCommand.h"
 #include "replay/ManPage.h"
 #include "replay/OutputFile.h"
 #include "replay/RunCommand.h"
+#include "replay/RunOptions.h"
 #include "replay/SchemaCommand.h"
 #include "replay/Suggestion.h"
 
@@ -91,8 +97,8 @@ void addOutputOptions(CLI::App& command, RunOptions& options) {
 /// By their long names, without the dashes.
 std::set<std::string> givenOptionsOf(const CLI::App& command) {
     std::set<std::string> names;
-    for (const CLI::Option* option : optionsOf(command)) {
-        if (option->count() > 0) names.insert(option->get_single_name());
+    for (const CLI::Option* option : command.get_options()) {
+        if (option->nonpositional() && option->count() > 0) names.insert(option->get_single_name());
     }
     return names;
 }
@@ -103,28 +109,52 @@ const CLI::App& calledCommand(const CLI::App& tool) {
     return called.empty() ? tool : calledCommand(*called.front());
 }
 
-std::string didYouMeanOneOf(std::string_view word, const std::vector<std::string>& known) {
-    return didYouMean(word, std::vector<std::string_view>(known.begin(), known.end()));
+std::string callOf(const CLI::App& command) {
+    return command.get_parent() ? callOf(*command.get_parent()) + " " + command.get_name() : command.get_name();
+}
+
+Argument describeArgument(const CLI::Option& option) {
+    const bool isPositional = option.get_positional();
+    const int maxWords = option.get_items_expected_max();
+    Argument argument;
+    for (const std::string& name : option.get_snames()) argument.names.push_back("-" + name);
+    for (const std::string& name : option.get_lnames()) argument.names.push_back("--" + name);
+    if (maxWords > 0) argument.value = isPositional ? option.get_name(/*positional=*/true) : option.get_type_name();
+    argument.description = option.get_description();
+    argument.isRequired = option.get_required();
+    argument.takesRest = isPositional && maxWords > 1;
+    return argument;
+}
+
+/// The command and all below it.
+Command describeCommand(const CLI::App& app) {
+    Command command;
+    command.call = callOf(app);
+    for (const CLI::Option* option : app.get_options()) {
+        (option->get_positional() ? command.positionals : command.options).push_back(describeArgument(*option));
+    }
+    for (const CLI::App* below : app.get_subcommands(nullptr)) command.subcommands.push_back(describeCommand(*below));
+    return command;
 }
 
 /// Names the first word that nobody knows, and what may be meant by it.
-std::string describeUnexpected(const CLI::App& command) {
-    for (const std::string& word : command.remaining()) {
+std::string describeUnexpected(const CLI::App& app) {
+    const Command command = describeCommand(app);
+    for (const std::string& word : app.remaining()) {
         if (word == "--") continue;
-        const Commands subcommands = subcommandsOf(command);
-        std::vector<std::string> known;
-        if (!word.starts_with('-') && !subcommands.empty()) {
-            for (const CLI::App* subcommand : subcommands) known.push_back(subcommand->get_name());
-            return "There is no subcommand " + word + didYouMeanOneOf(word, known);
+        std::vector<std::string_view> known;
+        if (!word.starts_with('-') && !command.subcommands.empty()) {
+            for (const Command& subcommand : command.subcommands) known.push_back(nameOf(subcommand));
+            return "There is no subcommand " + word + didYouMean(word, known);
         }
-        for (const CLI::Option* option : optionsOf(command)) {
-            for (const std::string& name : namesOf(*option)) known.push_back(name);
+        for (const Argument& option : command.options) {
+            known.insert(known.end(), option.names.begin(), option.names.end());
         }
         const std::string name = word.substr(0, word.starts_with("--") ? word.find('=') : word.npos);
         return "The following argument was not expected: " + name +
-               (name.size() > kShortNameLength ? didYouMeanOneOf(name, known) : "");
+               (name.size() > kShortNameLength ? didYouMean(name, known) : "");
     }
-    return describeUnexpected(*command.get_subcommands().at(0));
+    return describeUnexpected(*app.get_subcommands().at(0));
 }
 
 /// The error bears the name of its option only in its text, at the beginning.
@@ -138,10 +168,11 @@ std::string describeMismatch(const CLI::App& command, const CLI::ArgumentMismatc
     }
     if (!option) return std::string(text);
     const std::string name = option->get_name();
-    if (valueOf(*option).empty()) return name + ": expected no value";
+    const std::string value = describeArgument(*option).value;
+    if (value.empty()) return name + ": expected no value";
     if (option->count() > 1 && option->get_items_expected_max() == 1)
         return name + ": expected once, not " + std::to_string(option->count()) + " times";
-    return name + ": expected a value, " + valueOf(*option) + ", behind it";
+    return name + ": expected a value, " + value + ", behind it";
 }
 
 /// The option of "--device=", for which the parser would take the word behind it.
@@ -161,13 +192,13 @@ ExitStatus reportWrongCall(const CLI::App& command, const std::string& message) 
     return ExitStatus::Unusable;
 }
 
-ExitStatus reportMissingSubcommand(const CLI::App& command) {
+ExitStatus reportMissingSubcommand(const Command& command) {
     Console console(/*quiet=*/false);
     console.error("A subcommand is required");
     console.error("Usage: " + synopsisOf(command));
     std::istringstream subcommands(formatSubcommands(command));
     for (std::string line; std::getline(subcommands, line);) console.error(line);
-    console.error("Run " + callOf(command) + " --help for more information.");
+    console.error("Run " + command.call + " --help for more information.");
     return ExitStatus::Unusable;
 }
 
@@ -182,9 +213,34 @@ ExitStatus print(const std::string& text) {
     return printed ? ExitStatus::Success : ExitStatus::Unusable;
 }
 
-}  // namespace
+/// What can be asked for, and what was. To be run once.
+class CommandLine {
+public:
+    CommandLine();
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
 
-CommandLine::CommandLine() : tool_(std::string(helpOf("").description), "telemetry-replay") {
+    ExitStatus run(int argc, const char* const* argv);
+
+private:
+    void addRun();
+    void addExplain();
+    void addSchema();
+    void addInit();
+    CLI::App& addCommand(CLI::App& parent, const std::string& name, std::function<ExitStatus()> action);
+
+    CLI::App tool_{"", "telemetry-replay"};
+    bool wantsManPage_ = false;
+    bool wantsBashCompletion_ = false;
+    RunOptions run_;
+    ExplainOptions explain_;
+    std::string schemaFile_;
+    std::vector<std::string> schemaNames_;
+    std::string newDirectory_;
+    std::function<ExitStatus()> action_;  // none until a command has been parsed
+};
+
+CommandLine::CommandLine() {
     tool_.set_help_flag("-h,--help", "Print help and stop");
     tool_.set_version_flag("--version", "telemetry-replay " TELEMETRY_REPLAY_VERSION, "Print the version and stop");
     addFlag(tool_, "--man-page", wantsManPage_, "Print the manual page, for man(1), and stop");
@@ -199,7 +255,6 @@ CommandLine::CommandLine() : tool_(std::string(helpOf("").description), "telemet
 
 CLI::App& CommandLine::addCommand(CLI::App& parent, const std::string& name, std::function<ExitStatus()> action) {
     CLI::App* command = parent.add_subcommand(name);
-    command->description(std::string(helpOf(pathOf(*command)).description));
     if (action) command->callback([this, action = std::move(action)] { action_ = action; });
     return *command;
 }
@@ -265,7 +320,7 @@ ExitStatus CommandLine::run(int argc, const char* const* argv) {
     try {
         tool_.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
-        return print(formatHelp(calledCommand(tool_)));
+        return print(formatHelp(describeCommand(calledCommand(tool_))));
     } catch (const CLI::CallForVersion& version) {
         return print(std::string(version.what()) + "\n");
     } catch (const CLI::ExtrasError&) {
@@ -275,9 +330,13 @@ ExitStatus CommandLine::run(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         return reportWrongCall(calledCommand(tool_), error.what());
     }
-    if (wantsManPage_) return print(formatManPage(tool_));
-    if (wantsBashCompletion_) return print(formatBashCompletion(tool_));
-    return action_ ? action_() : reportMissingSubcommand(calledCommand(tool_));
+    if (wantsManPage_) return print(formatManPage(describeCommand(tool_)));
+    if (wantsBashCompletion_) return print(formatBashCompletion(describeCommand(tool_)));
+    return action_ ? action_() : reportMissingSubcommand(describeCommand(calledCommand(tool_)));
 }
+
+}  // namespace
+
+ExitStatus runCommandLine(int argc, const char* const* argv) { return CommandLine().run(argc, argv); }
 
 }  // namespace Velo::OS::Telemetry::replay

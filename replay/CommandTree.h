@@ -4,42 +4,40 @@
 #include <string_view>
 #include <vector>
 
-namespace CLI {
-class App;
-class Option;
-}  // namespace CLI
-
 namespace Velo::OS::Telemetry::replay {
 
-/// What help, manual page and completion ask of the commands, which CLI11 parses by. Pointers live as long as the
-/// tool's `CLI::App`.
+/// What help, manual page and completion show of the commands: plain data, so that they need no parser.
 
-using Commands = std::vector<const CLI::App*>;
-using Arguments = std::vector<const CLI::Option*>;
+/// An option, or a positional: an argument that is known by its place.
+struct Argument {
+    std::vector<std::string> names;  // "-o" and "--output"; a positional has none
+    std::string value;               // "FILE"; empty if it takes none
+    std::string description;
+    bool isRequired = false;
+    bool takesRest = false;  // a positional for any number of words
+};
 
-/// Those right below the command, in the order in which they were added.
-Commands subcommandsOf(const CLI::App& command);
-/// All below the tool, each before its own subcommands.
-Commands allCommandsOf(const CLI::App& tool);
+struct Command {
+    std::string call;  // "telemetry-replay schema check"
+    std::vector<Argument> positionals;
+    std::vector<Argument> options;
+    std::vector<Command> subcommands;  // those right below, in the order of the help
+};
 
-/// "telemetry-replay schema check".
-std::string callOf(const CLI::App& command);
+using Commands = std::vector<const Command*>;
+
+/// "check". Like the path, it lives as long as the command.
+std::string_view nameOf(const Command& command);
 /// "schema check"; empty for the tool itself.
-std::string pathOf(const CLI::App& command);
+std::string_view pathOf(const Command& command);
 /// "telemetry-replay schema lookup [OPTIONS] FILE NAME...".
-std::string synopsisOf(const CLI::App& command);
+std::string synopsisOf(const Command& command);
+/// The value as it stands in a synopsis: "FILE" or "NAME...".
+std::string shownValueOf(const Argument& argument);
+/// All below the tool, each before its own subcommands. They live as long as the tool.
+Commands allCommandsOf(const Command& tool);
 
-/// What has a name that begins with "-", and what is known by its place.
-Arguments optionsOf(const CLI::App& command);
-Arguments positionalsOf(const CLI::App& command);
-
-/// "-o" and "--output".
-std::vector<std::string> namesOf(const CLI::Option& option);
 /// The words with the separator between them.
 std::string joined(const std::vector<std::string>& words, std::string_view separator);
-/// "FILE"; empty if the option takes no value. Of a positional its name.
-std::string valueOf(const CLI::Option& option);
-/// As it stands in a synopsis: "FILE" or "NAME...".
-std::string repeatableValueOf(const CLI::Option& positional);
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -1,13 +1,11 @@
 #include "replay/HelpFormat.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <span>
 #include <sstream>
 #include <string_view>
 #include <vector>
 
-#include "replay/CommandTree.h"
 #include "replay/HelpTexts.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -77,14 +75,14 @@ std::string formatRows(const std::vector<Row>& rows, size_t indent) {
     return text;
 }
 
-std::string formatArguments(const char* title, const Arguments& arguments) {
+std::string formatArguments(const char* title, const std::vector<Argument>& arguments) {
     if (arguments.empty()) return {};
     std::vector<Row> rows;
-    for (const CLI::Option* argument : arguments) {
-        const std::string names = joined(namesOf(*argument), ", ");
-        const std::string value = argument->get_positional() ? repeatableValueOf(*argument) : valueOf(*argument);
+    for (const Argument& argument : arguments) {
+        const std::string names = joined(argument.names, ", ");
+        const std::string value = shownValueOf(argument);
         const char* space = names.empty() || value.empty() ? "" : " ";
-        rows.push_back({std::string(names).append(space).append(value), {}, argument->get_description()});
+        rows.push_back({std::string(names).append(space).append(value), {}, argument.description});
     }
     return std::string("\n") + title + ":\n" + formatRows(rows, kIndent);
 }
@@ -130,20 +128,20 @@ std::string formatExamples(Blocks examples) {
 
 }  // namespace
 
-std::string formatSubcommands(const CLI::App& command) {
+std::string formatSubcommands(const Command& command) {
     std::vector<Row> rows;
-    for (const CLI::App* subcommand : subcommandsOf(command)) {
-        rows.push_back({subcommand->get_name(), {}, std::string(helpOf(pathOf(*subcommand)).description)});
+    for (const Command& subcommand : command.subcommands) {
+        rows.push_back({std::string(nameOf(subcommand)), {}, std::string(helpOf(pathOf(subcommand)).description)});
     }
     return formatRows(rows, kIndent);
 }
 
-std::string formatHelp(const CLI::App& command) {
+std::string formatHelp(const Command& command) {
     const CommandHelp& help = helpOf(pathOf(command));
     std::string text = std::string(help.description) + "\n\nUsage: " + synopsisOf(command) + "\n";
-    text += formatArguments("Arguments", positionalsOf(command));
-    text += formatArguments("Options", optionsOf(command));
-    if (!subcommandsOf(command).empty()) text += "\nSubcommands:\n" + formatSubcommands(command);
+    text += formatArguments("Arguments", command.positionals);
+    text += formatArguments("Options", command.options);
+    if (!command.subcommands.empty()) text += "\nSubcommands:\n" + formatSubcommands(command);
     return text + formatSections(help.own) + formatSections(help.reference) + formatExamples(help.examples);
 }
 

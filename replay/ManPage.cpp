@@ -1,6 +1,5 @@
 #include "replay/ManPage.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 #include <iterator>
@@ -9,7 +8,6 @@
 #include <string_view>
 #include <utility>
 
-#include "replay/CommandTree.h"
 #include "replay/HelpTexts.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -50,9 +48,9 @@ std::string verbatim(std::string_view text) {
 }
 
 /// "telemetry-replay run [OPTIONS] [FILE...]", in which what stands for something else is in italics.
-std::string synopsis(const CLI::App& command) {
-    std::string roff = bold(callOf(command));
-    std::istringstream words(synopsisOf(command).substr(callOf(command).size()));
+std::string synopsis(const Command& command) {
+    std::string roff = bold(command.call);
+    std::istringstream words(synopsisOf(command).substr(command.call.size()));
     for (std::string word; words >> word;) {
         const size_t begin = word.find_first_not_of('['), end = word.find_first_of(".]");
         roff += " " + word.substr(0, begin) + italic(word.substr(begin, end - begin));
@@ -66,20 +64,20 @@ std::string entry(const std::string& term, const std::string& description) {
     return ".TP 8\n" + line(term) + description;
 }
 
-std::string argumentEntry(const CLI::Option& argument) {
+std::string argumentEntry(const Argument& argument) {
     std::string term;
-    for (const std::string& name : namesOf(argument)) term.append(term.empty() ? "" : ", ").append(bold(name));
-    const std::string value = argument.get_positional() ? repeatableValueOf(argument) : valueOf(argument);
+    for (const std::string& name : argument.names) term.append(term.empty() ? "" : ", ").append(bold(name));
+    const std::string value = shownValueOf(argument);
     if (!value.empty()) term += (term.empty() ? "" : " ") + italic(value);
-    return entry(term, line(literal(argument.get_description())));
+    return entry(term, line(literal(argument.description)));
 }
 
-std::string argumentEntries(const CLI::App& command) {
+std::string argumentEntries(const Command& command) {
     std::string roff;
-    for (const CLI::Option* positional : positionalsOf(command)) roff += argumentEntry(*positional);
-    for (const CLI::Option* option : optionsOf(command)) {
-        const bool isHelpOfAll = command.get_parent() && option == command.get_help_ptr();
-        if (!isHelpOfAll) roff += argumentEntry(*option);
+    for (const Argument& positional : command.positionals) roff += argumentEntry(positional);
+    for (const Argument& option : command.options) {
+        const bool isHelpOfAll = !pathOf(command).empty() && option.names.back() == "--help";
+        if (!isHelpOfAll) roff += argumentEntry(option);
     }
     return roff;
 }
@@ -121,7 +119,7 @@ std::string formatSections(std::span<const HelpSection> sections) {
     return roff;
 }
 
-std::string formatCommand(const CLI::App& command) {
+std::string formatCommand(const Command& command) {
     const CommandHelp& help = helpOf(pathOf(command));
     std::string roff = line(literal(help.description)) + argumentEntries(command);
     for (const HelpSection& each : help.own) roff += ".PP\n" + line(bold(each.title)) + formatBlocks(each.blocks);
@@ -137,7 +135,7 @@ std::string briefly(std::string_view sentence) {
 
 std::string formatSynopses(const Commands& commands) {
     std::string roff;
-    for (const CLI::App* command : commands) {
+    for (const Command* command : commands) {
         if (!roff.empty()) roff += ".br\n";
         roff += line(synopsis(*command));
     }
@@ -147,22 +145,23 @@ std::string formatSynopses(const Commands& commands) {
 /// Those of a group of commands are its commands' too.
 std::string formatExamples(const Commands& commands) {
     std::string roff;
-    for (const CLI::App* command : commands) {
-        if (subcommandsOf(*command).empty()) roff += formatBlocks(helpOf(pathOf(*command)).examples);
+    for (const Command* command : commands) {
+        if (command->subcommands.empty()) roff += formatBlocks(helpOf(pathOf(*command)).examples);
     }
     return roff;
 }
 
 }  // namespace
 
-std::string formatManPage(const CLI::App& tool) {
+std::string formatManPage(const Command& tool) {
     const CommandHelp& help = helpOf(pathOf(tool));
     const Commands commands = allCommandsOf(tool);
     std::string commandSections;
-    for (const CLI::App* command : commands) commandSections += formatCommand(*command);
+    for (const Command* command : commands) commandSections += formatCommand(*command);
     // No word is hyphenated, and none is stretched apart: many are names.
-    return ".TH TELEMETRY\\-REPLAY 1 " + std::string(kDate) + " \"" + literal(tool.version()) + "\"\n.nh\n.ad l\n" +
-           section("Name", literal(tool.get_name()) + " \\- " + briefly(help.description) + "\n") +
+    return ".TH TELEMETRY\\-REPLAY 1 " + std::string(kDate) + " \"" +
+           literal(tool.call + " " TELEMETRY_REPLAY_VERSION) + "\"\n.nh\n.ad l\n" +
+           section("Name", literal(tool.call) + " \\- " + briefly(help.description) + "\n") +
            section("Synopsis", formatSynopses(commands)) + formatSections(help.own) +
            section("Options", argumentEntries(tool)) + section("Commands", commandSections) +
            formatSections(referenceSections()) + section("Examples", formatExamples(commands)) +

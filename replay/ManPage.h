@@ -2,13 +2,11 @@
 
 #include <string>
 
-namespace CLI {
-class App;
-}
+#include "replay/CommandTree.h"
 
 namespace Velo::OS::Telemetry::replay {
 
 /// The manual page of the tool and all its commands, for section 1: roff with the man macros, in ASCII.
-std::string formatManPage(const CLI::App& tool);
+std::string formatManPage(const Command& tool);
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -10,5 +10,5 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     occupyStandardDescriptors();
-    return static_cast<int>(CommandLine().run(argc, argv));
+    return static_cast<int>(runCommandLine(argc, argv));
 }
