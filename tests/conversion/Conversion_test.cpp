@@ -115,6 +115,21 @@ TEST(JsonToBundle, StoresEveryKind) {
     EXPECT_EQ(converted(bundle), R"({"k":[true,[],{"a":["x",null]},{"d":0.5}]})") << "an empty bundle reads as null";
 }
 
+TEST(JsonToBundle, TextsOfEveryLengthComeBack) {
+    for (const size_t length : {0, 1, 63, 64, 65, 200}) {
+        for (const char* last : {"", "\u00e9", "\U0001F600x"}) {
+            const std::string text = std::string(length, 'k') + last;
+            Bundle bundle;
+            convertJsonToBundle(text, text, bundle);
+            String16 value;
+            EXPECT_TRUE(bundle.getString(String16(text.c_str()), &value)) << text;
+            EXPECT_EQ(value, String16(text.c_str()));
+            Json::Value json;
+            EXPECT_TRUE(convertBundleToJson(bundle, json) && json[text] == text) << json;
+        }
+    }
+}
+
 TEST(JsonToBundle, ParsesOrReturnsFalse) {
     for (const std::string& bad : {std::string(), std::string("{]"), std::string("\r"), std::string(1001, '[')}) {
         Json::Value out;
