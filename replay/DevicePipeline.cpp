@@ -96,7 +96,7 @@ void DevicePipeline::omitName(Json::Value& why) const {
 }
 
 void DevicePipeline::keepReport(const android::os::PersistableBundle& envelope, unsigned int uid) {
-    reports_.push_back(openReport(envelope, uid, times_));
+    openReport(envelope, uid, times_, reports_.emplace_back());
     if (Journey* journey = watch_->journey()) journey->report(reports_.back());
 }
 

@@ -47,7 +47,7 @@ public:
     std::vector<std::pair<std::string, uint64_t>> drops() const;
     /// All stages that the pipeline itself runs, in order, as they are before a journey.
     const std::vector<Journey::Stage>& stages() const { return stages_; }
-    const std::map<std::string, uint64_t>& counters() const { return watch_->counters(); }
+    std::map<std::string, uint64_t> counters() const { return watch_->counters(); }
 
     /// From now on takes the time of each stage, which costs some.
     void timeStages() { watch_->timeStages(stages_); }

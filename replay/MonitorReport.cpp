@@ -13,8 +13,8 @@ EventTimes timesOf(const TelemetryEventBundle& event) {
     return {isIntegerLiteral(uptimeMs) && uptimeMs.isInt64() ? uptimeMs.asInt64() : realtimeMs, realtimeMs};
 }
 
-MonitorReport openReport(const android::os::PersistableBundle& envelope, uint32_t uid, const EventTimes& times) {
-    MonitorReport report;
+void openReport(const android::os::PersistableBundle& envelope, uint32_t uid, const EventTimes& times,
+                MonitorReport& report) {
     report.uid = uid;
     for (const android::String16& name : envelope.getPersistableBundleKeys()) {
         report.name = android::String8(name).string();
@@ -22,7 +22,6 @@ MonitorReport openReport(const android::os::PersistableBundle& envelope, uint32_
     }
     report.body.putLong(android::String16("utl_uptime_ms"), times.uptimeMs);
     report.body.putLong(android::String16("utl_realtime_ms"), times.realtimeMs);
-    return report;
 }
 
 std::unique_ptr<TelemetryEventBundle> toEvent(const MonitorReport& report) {

@@ -26,8 +26,10 @@ struct MonitorReport {
 };
 
 /// Opens the envelope in which a stage sends its report. Its two times become those of the event that it is about: a
-/// device reports in the same moment, this machine long after.
-MonitorReport openReport(const android::os::PersistableBundle& envelope, uint32_t uid, const EventTimes& times);
+/// device reports in the same moment, this machine long after. The report is a fresh one, to be filled where it is to
+/// stay: a bundle is costly to copy and cannot be moved.
+void openReport(const android::os::PersistableBundle& envelope, uint32_t uid, const EventTimes& times,
+                MonitorReport& report);
 
 std::unique_ptr<TelemetryEventBundle> toEvent(const MonitorReport& report);
 

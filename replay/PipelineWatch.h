@@ -4,6 +4,8 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "replay/Journey.h"
@@ -19,7 +21,7 @@ class PipelineWatch : public IEventTracingManager, public IHealthCountersManager
 public:
     /// The event in hand and the stage that it entered last.
     struct Sight {
-        std::string stage;
+        std::string_view stage;  // valid as long as the stage itself
         uint32_t uid = 0;
         std::optional<std::string> counter;  // with which a stage has counted the event
         std::string name;                    // of the event so counted, and its format
@@ -43,7 +45,7 @@ public:
     }
     const Sight& sight() const { return sight_; }
     Journey* journey() const { return journey_; }
-    const std::map<std::string, uint64_t>& counters() const { return counters_; }
+    std::map<std::string, uint64_t> counters() const { return {counters_.begin(), counters_.end()}; }
 
     void traceEventStage(const std::string& /*eventIdentifier*/, uint32_t uid, const std::string& stageName) override {
         sight_.uid = uid;
@@ -65,7 +67,7 @@ private:
     Sight sight_;
     Journey* journey_ = nullptr;
     std::optional<StageTimer> timer_;
-    std::map<std::string, uint64_t> counters_;
+    std::unordered_map<std::string, uint64_t> counters_;
 };
 
 }  // namespace Velo::OS::Telemetry::replay

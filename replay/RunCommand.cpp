@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <map>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -160,7 +161,8 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
 
     console.summary(facts.counts, facts.elapsed);
     console.table("dropped by", pipeline.drops());
-    console.table("counters", {pipeline.counters().begin(), pipeline.counters().end()});
+    const std::map<std::string, uint64_t> counters = pipeline.counters();
+    console.table("counters", {counters.begin(), counters.end()});
     ExitStatus status = facts.counts.bad > 0 ? ExitStatus::BadInput : ExitStatus::Success;
     if (watchers.expectations) status = checkExpectations(*watchers.expectations, replay, status, console);
     if (!usable) return ExitStatus::Unusable;
