@@ -1,6 +1,7 @@
 #include "replay/BundleFromJson.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <vector>
@@ -109,6 +110,7 @@ private:
     }
 
     bool hasFractionOrExponent(const Json::Value& number) const {
+        if (std::abs(number.asDouble()) < 0x1p63) return true;  // an integer so small is no real
         const auto start = static_cast<size_t>(number.getOffsetStart());
         const auto limit = static_cast<size_t>(number.getOffsetLimit());
         return source_.substr(start, limit - start).find_first_of(".eE") != std::string_view::npos;

@@ -80,51 +80,68 @@ MaybeError checkTypes(const Fields& fields) {
     return std::nullopt;
 }
 
+LineMembers takeMembers(Fields& fields) {
+    LineMembers members;
+    members.name = fields.name->asString();
+    if (fields.uid) members.uid = fields.uid->asUInt();
+    if (fields.realtime) members.realtime = fields.realtime->asBool();
+    if (fields.format) members.format = fields.format->asString();
+    if (fields.atomId) members.atomId = fields.atomId->asInt();
+    if (fields.data) members.data = std::move(*fields.data);
+    if (fields.bundle) members.bundle = std::move(*fields.bundle);
+    return members;
+}
+
 /// Which members go together.
-MaybeError checkTogether(const Fields& fields) {
-    const std::string format = fields.format ? fields.format->asString() : "json";
-    if (fields.data && fields.bundle) return LineError{"bundle: cannot be given together with data"};
-    if (!fields.data && !fields.bundle) return LineError{"data: missing, and there is no bundle either"};
-    if (fields.data && fields.realtime) return LineError{"realtime: only a bundle event has it"};
-    if (fields.bundle && format != "json") {
+MaybeError checkTogether(const LineMembers& members) {
+    const std::string_view format = members.format ? std::string_view(*members.format) : "json";
+    if (members.data && members.bundle) return LineError{"bundle: cannot be given together with data"};
+    if (!members.data && !members.bundle) return LineError{"data: missing, and there is no bundle either"};
+    if (members.data && members.realtime) return LineError{"realtime: only a bundle event has it"};
+    if (members.bundle && format != "json") {
         return LineError{"format: a bundle event names its pathway in bundle.utl_logging_pathway"};
     }
-    if (format == "atom" && !fields.atomId) return LineError{"atom_id: missing, the format \"atom\" needs it"};
-    if (format != "atom" && fields.atomId) return LineError{"atom_id: only the format \"atom\" has it"};
+    if (format == "atom" && !members.atomId) return LineError{"atom_id: missing, the format \"atom\" needs it"};
+    if (format != "atom" && members.atomId) return LineError{"atom_id: only the format \"atom\" has it"};
     return std::nullopt;
 }
 
-std::optional<IntakeFormat> intakeFormat(const Fields& fields) {
-    if (fields.atomId) return getAtomIntakeFormat(fields.atomId->asInt());
-    if (!fields.format || fields.format->asString() == "json") return IntakeFormat::JsonBundle;
-    return getIntakeFormatFromLoggingPathway(fields.format->asString());
+std::optional<IntakeFormat> intakeFormat(const LineMembers& members) {
+    if (members.atomId) return getAtomIntakeFormat(*members.atomId);
+    if (!members.format || *members.format == "json") return IntakeFormat::JsonBundle;
+    return getIntakeFormatFromLoggingPathway(*members.format);
 }
 
-EventDecoder::Decoded decodeFields(Fields& fields, std::string_view line) {
-    const std::string name = fields.name->asString();
-    const uint32_t uid = fields.uid ? fields.uid->asUInt() : kDefaultUid;
-    if (fields.data) {
-        const std::optional<IntakeFormat> format = intakeFormat(fields);
-        if (!format) return unknownFormat(fields.format->asString());
-        return std::make_unique<TelemetryEventBundle>(name, std::move(*fields.data), uid, *format);
+EventDecoder::Decoded makeEvent(LineMembers& members, std::string_view line) {
+    if (MaybeError error = checkTogether(members)) return *std::move(error);
+    const uint32_t uid = members.uid.value_or(kDefaultUid);
+    if (members.data) {
+        const std::optional<IntakeFormat> format = intakeFormat(members);
+        if (!format) return unknownFormat(*members.format);
+        return std::make_unique<TelemetryEventBundle>(*members.name, *std::move(members.data), uid, *format);
     }
     android::os::PersistableBundle bundle;
-    if (auto fault = bundleFromJson(*fields.bundle, line, "bundle", bundle)) return LineError{std::move(*fault)};
-    const bool realtime = fields.realtime && fields.realtime->asBool();
-    return std::make_unique<TelemetryEventBundle>(name, uid, realtime, bundle);
+    if (auto fault = bundleFromJson(*members.bundle, line, "bundle", bundle)) return LineError{std::move(*fault)};
+    return std::make_unique<TelemetryEventBundle>(*members.name, uid, members.realtime.value_or(false), bundle);
 }
 
 }  // namespace
 
 EventDecoder::Decoded EventDecoder::decode(std::string_view line) {
+    if (!root_.isNull()) root_ = Json::Value();
+    if (auto members = fast_.read(line)) return makeEvent(*members, line);
+    return decodeCarefully(line);
+}
+
+EventDecoder::Decoded EventDecoder::decodeCarefully(std::string_view line) {
     if (auto fault = json_.parse(line, root_)) return LineError{std::move(fault->text)};
     if (!root_.isObject()) return LineError{"expected an object"};
 
     Fields fields;
     if (MaybeError error = findFields(root_, fields)) return *std::move(error);
     if (MaybeError error = checkTypes(fields)) return *std::move(error);
-    if (MaybeError error = checkTogether(fields)) return *std::move(error);
-    return decodeFields(fields, line);
+    LineMembers members = takeMembers(fields);
+    return makeEvent(members, line);
 }
 
 const Json::Value* EventDecoder::earlierDrop() const {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <variant>
 
+#include "replay/FastLineReader.h"
 #include "replay/StrictJson.h"
 #include "telemetry/TelemetryEventBundle.h"
 
@@ -43,8 +44,11 @@ public:
     const Json::Value* earlierDrop() const;
 
 private:
-    StrictJson json_;
-    Json::Value root_;
+    Decoded decodeCarefully(std::string_view line);
+
+    FastLineReader fast_;
+    StrictJson json_;   // for lines that it leaves
+    Json::Value root_;  // such a line; null after any other
 };
 
 }  // namespace Velo::OS::Telemetry::replay
