@@ -19,6 +19,9 @@ TEST(EventDecoder, MakesEventsOfLines) {
         {R"({"name":"a","data":{}})", R"(a 1000 JSON Bundle {"realtime":false})"},
         {R"( {"uid":4294967295,"name":"","format":"json","data":{"k":[1.0,{}]}} )",
          R"( 4294967295 JSON Bundle {"k":[1.0,{}],"realtime":false})"},
+        {R"({"name":"a","data":{"k":[-0,-0.0,1E2,9223372036854775807,18446744073709551615,null,"\"\n"]}})",
+         R"(a 1000 JSON Bundle {"k":[0,-0.0,100.0,9223372036854775807,18446744073709551615,null,"\"\n"],)"
+         R"("realtime":false})"},
         {R"({"name":"a","format":"libtelemetry","data":{"realtime":true}})",
          R"(a 1000 Libtelemetry {"realtime":false})"},
         {R"({"name":"a","format":"osndk","data":{}})", R"(a 1000 OSNDK {"realtime":false})"},
@@ -27,8 +30,9 @@ TEST(EventDecoder, MakesEventsOfLines) {
          R"(a 1000 Specific Atom {"realtime":false})"},
         {R"({"name":"\u0000\u00e9\ud83d\ude00","uid":0,"bundle":{}})",
          std::string(1, '\0') + "\xC3\xA9\xF0\x9F\x98\x80 0 JSON Bundle {\"realtime\":false}"},
-        {R"({"name":"a","realtime":true,"format":"json","bundle":{"utl_logging_pathway":"osndk","o":{"k":1}}})",
-         R"(a 1000 OSNDK {"o":{"k":1},"realtime":true,"utl_logging_pathway":"osndk"})"},
+        {R"({"name":"a","bundle":{"k":1e19}})", R"(a 1000 JSON Bundle {"k":1e+19,"realtime":false})"},
+        {R"({"name":"a","realtime":true,"format":"json","bundle":{"utl_logging_pathway":"osndk","o":{"k":1.5}}})",
+         R"(a 1000 OSNDK {"o":{"k":1.5},"realtime":true,"utl_logging_pathway":"osndk"})"},
     };
     EventDecoder decoder;
     for (const auto& c : cases) {
@@ -41,6 +45,11 @@ TEST(EventDecoder, MakesEventsOfLines) {
     }
     const std::string deepest = R"({"name":"a","data":{"\"[[":)" + nested(62, "1") + "}}";
     EXPECT_EQ(decoder.decode(deepest).index(), 0U);
+
+    ASSERT_EQ(decoder.decode(R"({"name":"a","data":{},"dropped":{}})").index(), 0U);
+    EXPECT_NE(decoder.earlierDrop(), nullptr);
+    ASSERT_EQ(decoder.decode(cases[0].line).index(), 0U);
+    EXPECT_EQ(decoder.earlierDrop(), nullptr);
 }
 
 TEST(EventDecoder, NamesWhatIsWrongWithALine) {
@@ -76,16 +85,17 @@ TEST(EventDecoder, NamesWhatIsWrongWithALine) {
         {"{\"name\":\"a\xC0\"}", "not UTF-8: column 11"},
         {R"({"name":"a","data":{}} x)", "not JSON: column 24: Extra non-whitespace after JSON value."},
         {R"({"name":"a","name":"b"})", "not JSON: column 13: Duplicate key: 'name'"},
+        {R"({"name":"a","data":{"k":1,"k":1}})", "not JSON: column 27: Duplicate key: 'k'"},
         {R"({"name":"a" "data":{}})", "not JSON: column 13: Missing ',' or '}' in object declaration"},
         {"{\"name\":\r\"a\" 1}\r", "not JSON: column 14: Missing ',' or '}' in object declaration"},
         {R"({"name":NaN})", "not JSON: column 9: Syntax error: value, object or array expected."},
         {R"({"name":"a//b","data":{} /* c */})", "not JSON: column 26: comment, where a member named \"//\" is wanted"},
-        {R"({"a":"\ud800\u0041"})", "not JSON: column 7: half of a surrogate pair"},
-        {R"({"a":"\udc00"})", "not JSON: column 7: half of a surrogate pair"},
+        {R"({"name":"\ud800\u0041","data":{}})", "not JSON: column 10: half of a surrogate pair"},
+        {R"({"name":"\udc00","data":{}})", "not JSON: column 10: half of a surrogate pair"},
         {R"({"a":"\u12"})", "not JSON: column 6: Bad unicode escape sequence in string: four digits expected."},
         {"{\"a\":\"x\ty\"}", "not JSON: column 8: control character in a string"},
         {std::string("{}\0x", 4), "not JSON: column 3: control character"},
-        {nested(65), "nested deeper than 64 levels"},
+        {R"({"name":"a","data":{"k":)" + nested(63) + "}}", "nested deeper than 64 levels"},
         {nested(5000), "nested deeper than 64 levels"},
     };
     EventDecoder decoder;
