@@ -6,6 +6,9 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
+/// A batch that has so many bytes takes no further line.
+constexpr size_t kEnoughBytes = 131'072;
+
 bool isBlank(std::string_view line) { return line.find_first_not_of(" \t\r") == std::string_view::npos; }
 
 }  // namespace
@@ -42,7 +45,7 @@ void BatchReader::open() {
 /// End if the file in hand has no more lines.
 BatchReader::Found BatchReader::take(LineBatch& batch) {
     batch.begin(files_[file_].name());
-    while (batch.lines().size() < maxLines_ && interruption() == 0) {
+    while (batch.lines().size() < maxLines_ && batch.bytes() < kEnoughBytes && interruption() == 0) {
         if (!batch.lines().empty() && !reader_->hasLine()) break;
         const LineReader::Found found = longLineWaits_ ? LineReader::Found::LongLine : reader_->next();
         longLineWaits_ = found == LineReader::Found::LongLine && !batch.lines().empty();

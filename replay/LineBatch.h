@@ -25,6 +25,7 @@ public:
 
     const std::string& file() const { return file_; }
     const std::vector<Line>& lines() const { return lines_; }
+    size_t bytes() const { return text_.size(); }
     /// A NUL follows it in memory.
     std::string_view text(const Line& line) const { return {text_.data() + line.begin, line.length}; }
 
@@ -39,7 +40,7 @@ class BatchReader {
 public:
     enum class Found { Lines, LongLine, End };
 
-    /// The files must outlive it. A batch has at most so many lines.
+    /// The files must outlive it. A batch has at most so many lines, and fewer if they are long.
     BatchReader(std::vector<InputFile>& files, size_t maxLines) : files_(files), maxLines_(maxLines) {}
 
     /// Replaces the batch by the lines that have arrived, at least one. A line that is too long is not in the batch: it

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <condition_variable>
+#include <atomic>
 #include <cstdint>
-#include <mutex>
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -11,23 +10,17 @@ namespace Velo::OS::Telemetry::replay {
 class Turnstile {
 public:
     /// Waits until all tickets before this one have passed.
-    void wait(uint64_t ticket) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait(lock, [&] { return next_ == ticket; });
+    void wait(uint64_t ticket) const {
+        for (uint64_t next = next_; next != ticket; next = next_) next_.wait(next);
     }
     /// The ticket whose turn it is has passed.
     void pass() {
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            ++next_;
-        }
-        changed_.notify_all();
+        ++next_;
+        next_.notify_all();
     }
 
 private:
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    uint64_t next_ = 0;
+    std::atomic<uint64_t> next_ = 0;
 };
 
 /// The turn of a ticket, for as long as it lives.
