@@ -3,7 +3,7 @@
 BUILD := build
 PREFIX ?= /usr/local
 
-.PHONY: run test bench install tidy format clean deps
+.PHONY: run test bench bench-gate install tidy format clean deps
 
 run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
@@ -27,6 +27,13 @@ test: deps $(BUILD)/dev/build.ninja
 bench: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry_benchmarks
 	@$(BUILD)/release/benchmarks/telemetry_benchmarks
+
+# Instructions and allocations an event, which repeat exactly: fails if one is 3 % off what benchmarks/figures.json keeps.
+# `scripts/bench-gate --record` keeps what is now; `scripts/bench-gate --growth` fills tables up to a million.
+bench-gate: deps $(BUILD)/release/build.ninja
+	@scripts/install-deps bench-gate
+	@cmake --build $(BUILD)/release --target telemetry_gate telemetry_allocation_counter telemetry-replay
+	@scripts/bench-gate $(BUILD)/release
 
 # Into PREFIX, below DESTDIR if that is set.
 install: deps $(BUILD)/release/build.ninja
