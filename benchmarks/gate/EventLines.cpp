@@ -2,6 +2,7 @@
 
 #include <initializer_list>
 #include <iterator>
+#include <sstream>
 #include <string_view>
 
 namespace Velo::OS::Telemetry::benchmarks {
@@ -105,47 +106,20 @@ size_t drawRank(Dice& dice) {
 }  // namespace
 
 const std::vector<std::string>& eventNames() {
-    static const std::vector<std::string> names = {"screen_view",
-                                                   "arvo_connection_retry_attempt",
-                                                   "app_launch",
-                                                   "app_exit",
-                                                   "device_health",
-                                                   "sensor_batch",
-                                                   "arvo_streaming_quality_report",
-                                                   "battery_level",
-                                                   "arvo_streaming_frame_dropped",
-                                                   "storage_write_stats",
-                                                   "compositor_frame_stats",
-                                                   "arvo_streaming_session_started",
-                                                   "arvo_streaming_session_stopped",
-                                                   "arvo_connection_requested",
-                                                   "arvo_connection_established",
-                                                   "arvo_connection_lost",
-                                                   "audio_route_changed",
-                                                   "arvo_connection_signal_report",
-                                                   "arvo_pairing_scan_started",
-                                                   "arvo_pairing_candidates_found",
-                                                   "sync_finished",
-                                                   "arvo_pairing_attempt_failed",
-                                                   "arvo_pairing_completed",
-                                                   "app_crash",
-                                                   "settings_snapshot",
-                                                   "histogram_export",
-                                                   "display_state",
-                                                   "wifi_scan_summary",
-                                                   "wakeup_alarm_fired",
-                                                   "network_bytes_by_app",
-                                                   "input_latency_sample",
-                                                   "process_memory_snapshot",
-                                                   "boot_phase",
-                                                   "surface_refresh_change",
-                                                   "kernel_wakelock_total",
-                                                   "hal_camera_session",
-                                                   "hal_vibrator_pulse",
-                                                   "notification_posted",
-                                                   "notification_dismissed",
-                                                   "search_performed",
-                                                   "share_completed"};
+    static const std::vector<std::string> names = [] {
+        std::istringstream text(
+            "screen_view arvo_connection_retry_attempt app_launch app_exit device_health sensor_batch battery_level "
+            "arvo_streaming_quality_report arvo_streaming_frame_dropped storage_write_stats compositor_frame_stats "
+            "arvo_streaming_session_started arvo_streaming_session_stopped arvo_connection_requested "
+            "audio_route_changed "
+            "arvo_connection_established arvo_connection_lost arvo_connection_signal_report arvo_pairing_scan_started "
+            "arvo_pairing_candidates_found sync_finished arvo_pairing_attempt_failed arvo_pairing_completed app_crash "
+            "settings_snapshot histogram_export display_state wifi_scan_summary wakeup_alarm_fired boot_phase "
+            "network_bytes_by_app input_latency_sample process_memory_snapshot surface_refresh_change "
+            "kernel_wakelock_total hal_camera_session hal_vibrator_pulse notification_posted notification_dismissed "
+            "search_performed share_completed");
+        return std::vector<std::string>(std::istream_iterator<std::string>(text), {});
+    }();
     return names;
 }
 

@@ -2,16 +2,16 @@
 
 #include "benchmarks/gate/BundleByGetters.h"
 #include "benchmarks/gate/Cases.h"
-#include "benchmarks/gate/SampleEvents.h"
+#include "benchmarks/gate/PreparedEvents.h"
 #include "telemetry/BundleToJson.h"
 
 namespace Velo::OS::Telemetry::benchmarks {
 namespace {
 
 /// The sample's bundles, each of which both ways have turned into the same value.
-std::vector<SampleEvent> checkedEvents() {
-    std::vector<SampleEvent> events = sampleEvents();
-    for (SampleEvent& event : events) {
+std::vector<PreparedEvent> checkedEvents() {
+    std::vector<PreparedEvent> events = preparedEvents();
+    for (PreparedEvent& event : events) {
         Json::Value converted;
         if (!convertBundleToJson(event.bundle, converted) || converted != event.data) {
             throw std::runtime_error("the library converts " + event.name + " to something else");
@@ -24,7 +24,7 @@ std::vector<SampleEvent> checkedEvents() {
 }
 
 void bundleToJson(size_t count, size_t /*size*/) {
-    std::vector<SampleEvent> events = checkedEvents();
+    std::vector<PreparedEvent> events = checkedEvents();
     for (size_t i = 0; i < count; ++i) {
         Json::Value json;
         benchmark::DoNotOptimize(convertBundleToJson(events[i % events.size()].bundle, json));
@@ -32,7 +32,7 @@ void bundleToJson(size_t count, size_t /*size*/) {
 }
 
 void floorOfConversion(size_t count, size_t /*size*/) {
-    std::vector<SampleEvent> events = checkedEvents();
+    std::vector<PreparedEvent> events = checkedEvents();
     for (size_t i = 0; i < count; ++i) benchmark::DoNotOptimize(bundleByGetters(events[i % events.size()].bundle));
 }
 

@@ -6,7 +6,7 @@
 #include "benchmarks/SamplePipeline.h"
 #include "benchmarks/gate/BundleByGetters.h"
 #include "benchmarks/gate/Cases.h"
-#include "benchmarks/gate/SampleEvents.h"
+#include "benchmarks/gate/PreparedEvents.h"
 #include "telemetry/TelemetryEventBundle.h"
 
 namespace Velo::OS::Telemetry::benchmarks {
@@ -59,7 +59,7 @@ private:
 /// The same texts of the same data with jsoncpp alone.
 class Floor {
 public:
-    Texts make(const SampleEvent& event, Json::Value&& taken) {
+    Texts make(const PreparedEvent& event, Json::Value&& taken) {
         Json::Value document;
         document["event_name"] = event.name;
         Json::Value& data = document["data"] = std::move(taken);
@@ -99,24 +99,24 @@ private:
 
 /// What both sides have in common: each takes its data out of the sample, as a copy or through the bundle's getters.
 struct JsonForm {
-    static std::unique_ptr<TelemetryEventBundle> event(const SampleEvent& sample, uint32_t uid) {
+    static std::unique_ptr<TelemetryEventBundle> event(const PreparedEvent& sample, uint32_t uid) {
         return std::make_unique<TelemetryEventBundle>(sample.name, sample.data, uid, IntakeFormat::JsonBundle);
     }
-    static Json::Value data(SampleEvent& sample) { return sample.data; }
+    static Json::Value data(PreparedEvent& sample) { return sample.data; }
 };
 
 struct BundleForm {
-    static std::unique_ptr<TelemetryEventBundle> event(const SampleEvent& sample, uint32_t uid) {
+    static std::unique_ptr<TelemetryEventBundle> event(const PreparedEvent& sample, uint32_t uid) {
         return std::make_unique<TelemetryEventBundle>(sample.name, uid, false, sample.bundle);
     }
-    static Json::Value data(SampleEvent& sample) { return bundleByGetters(sample.bundle); }
+    static Json::Value data(PreparedEvent& sample) { return bundleByGetters(sample.bundle); }
 };
 
 /// Both sides after the whole sample: they have made the same texts of it, and the library has nothing to report.
 template <typename Form>
 struct Contest {
     Contest() {
-        for (SampleEvent& sample : samples) {
+        for (PreparedEvent& sample : samples) {
             const auto kept = library.process(Form::event(sample, sample.uid));
             const Texts made = floor.make(sample, Form::data(sample));
             if (made == Texts{kept->getJsonString(), kept->getJsonBatchHeaderString()}) continue;
@@ -126,7 +126,7 @@ struct Contest {
         library.reports = 0;
     }
 
-    std::vector<SampleEvent> samples = sampleEvents();
+    std::vector<PreparedEvent> samples = preparedEvents();
     Library library;
     Floor floor;
 };
@@ -135,7 +135,7 @@ template <typename Form>
 void libraryEvents(size_t count, size_t /*size*/) {
     Contest<Form> contest;
     for (size_t i = 0; i < count; ++i) {
-        const SampleEvent& sample = contest.samples[i % contest.samples.size()];
+        const PreparedEvent& sample = contest.samples[i % contest.samples.size()];
         contest.library.process(Form::event(sample, sample.uid));
     }
     if (contest.library.reports > 0) throw std::runtime_error("there are reports of users who were known");
@@ -145,7 +145,7 @@ template <typename Form>
 void libraryFloor(size_t count, size_t /*size*/) {
     Contest<Form> contest;
     for (size_t i = 0; i < count; ++i) {
-        SampleEvent& sample = contest.samples[i % contest.samples.size()];
+        PreparedEvent& sample = contest.samples[i % contest.samples.size()];
         benchmark::DoNotOptimize(contest.floor.make(sample, Form::data(sample)));
     }
 }
@@ -154,7 +154,7 @@ void libraryFloor(size_t count, size_t /*size*/) {
 void audits(size_t count, size_t /*size*/) {
     Contest<JsonForm> contest;
     for (size_t i = 0; i < count; ++i) {
-        const SampleEvent& sample = contest.samples[i % contest.samples.size()];
+        const PreparedEvent& sample = contest.samples[i % contest.samples.size()];
         contest.library.process(JsonForm::event(sample, static_cast<uint32_t>(20'000 + i)));
     }
     if (contest.library.reports != 2 * count) throw std::runtime_error("not every new user was reported twice");

@@ -14,20 +14,20 @@
 namespace Velo::OS::Telemetry::benchmarks {
 
 /// An event of a known user, its data in both forms.
-struct SampleEvent {
+struct PreparedEvent {
     std::string name;
     uint32_t uid;
     Json::Value data;  // without nulls, which no bundle can hold
     android::os::PersistableBundle bundle;
 };
 
-inline std::vector<SampleEvent> sampleEvents() {
+inline std::vector<PreparedEvent> preparedEvents() {
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
-    std::vector<SampleEvent> events;
+    std::vector<PreparedEvent> events;
     for (const std::string& line : makeEventLines(Users::Known, 400)) {
         Json::Value root;
         if (!reader->parse(line.data(), line.data() + line.size(), &root, nullptr)) throw std::runtime_error(line);
-        SampleEvent& event = events.emplace_back();
+        PreparedEvent& event = events.emplace_back();
         event.name = root["name"].asString();
         event.uid = root["uid"].asUInt();
         root["data"].removeMember("error");
