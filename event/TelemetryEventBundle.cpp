@@ -79,29 +79,29 @@ Json::Value& TelemetryEventBundle::data() {
 }
 
 /// Like `getFromEventMetadata`, without copying what the data holds: `storage` takes what the bundle holds.
-const Json::Value& TelemetryEventBundle::metadata(std::string_view key, Json::Value& storage) const {
+const Json::Value& TelemetryEventBundle::metadata(std::string_view key, std::optional<Json::Value>& storage) const {
     const Json::Value& members = data();
     if (members.isObject()) {
         const Json::Value* member = members.find(key.data(), key.data() + key.size());
         if (member) return *member;
     }
     const bool isInData = converted_ && conversionSucceeded_;
-    if (!isInData && !bundle_.empty()) storage = getScalarValueFromBundle(bundle_, std::string(key));
-    return storage;
+    if (isInData || bundle_.empty()) return Json::Value::nullSingleton();
+    return storage.emplace(getScalarValueFromBundle(bundle_, std::string(key)));
 }
 
 std::string TelemetryEventBundle::metadataText(std::string_view key) const {
-    Json::Value storage;
+    std::optional<Json::Value> storage;
     return validateStr(metadata(key, storage), {});
 }
 
 bool TelemetryEventBundle::metadataBool(std::string_view key) const {
-    Json::Value storage;
+    std::optional<Json::Value> storage;
     return validateBool(metadata(key, storage), false);
 }
 
 long TelemetryEventBundle::metadataNumber(std::string_view key, long defaultValue) const {
-    Json::Value storage;
+    std::optional<Json::Value> storage;
     return validateInt(metadata(key, storage), defaultValue);
 }
 
@@ -111,7 +111,7 @@ const std::string* TelemetryEventBundle::property(const char* key) const {
 }
 
 Json::Value TelemetryEventBundle::getFromEventMetadata(const std::string& key) const {
-    Json::Value storage;
+    std::optional<Json::Value> storage;
     return metadata(key, storage);
 }
 
@@ -165,7 +165,7 @@ int64_t TelemetryEventBundle::arvoUserId() const {
 }
 
 int64_t TelemetryEventBundle::getArvoUserIdFromSorel() const {
-    Json::Value storage;
+    std::optional<Json::Value> storage;
     const Json::Value& id = metadata("id", storage);
     if (id.isInt64()) return id.asInt64();
     if (!id.isString()) return 0;
@@ -183,7 +183,7 @@ long TelemetryEventBundle::consentState() const {
 }
 
 std::optional<std::string> TelemetryEventBundle::getLoggingPathway() const {
-    Json::Value storage;
+    std::optional<Json::Value> storage;
     const Json::Value& pathway = metadata("utl_logging_pathway", storage);
     if (!pathway.isString()) return std::nullopt;
     return pathway.asString();

@@ -13,7 +13,7 @@ namespace Velo::OS::Telemetry::replay {
 namespace {
 
 /// Long enough for turns to cost little, short enough for the events of all threads to fit a cache.
-constexpr size_t kBatchLines = 128;
+constexpr size_t kBatchLines = 64;
 
 Replay::Options checked(Replay::Options options) {
     if (options.stopsAtBadLine) options.threads = 1;

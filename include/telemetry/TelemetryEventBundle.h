@@ -101,7 +101,7 @@ public:
 private:
     const Json::Value& data() const;
     Json::Value& data();
-    const Json::Value& metadata(std::string_view key, Json::Value& storage) const;
+    const Json::Value& metadata(std::string_view key, std::optional<Json::Value>& storage) const;
     std::string metadataText(std::string_view key) const;
     bool metadataBool(std::string_view key) const;
     long metadataNumber(std::string_view key, long defaultValue) const;
