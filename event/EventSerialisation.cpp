@@ -16,6 +16,13 @@
 
 namespace Velo::OS::Telemetry {
 
+namespace {
+
+constexpr char kAppId[] = "app_id";
+constexpr char kAppVersion[] = "app_version";
+
+}  // namespace
+
 const Json::Value& TelemetryEventBundle::convertedData() {
     if (!converted_) {
         Json::Value& target = data();
@@ -53,29 +60,29 @@ const std::string& TelemetryEventBundle::getJsonString() {
     return *cachedJson_;
 }
 
+/// Written member by member, which is cheaper than making a value of it. Members go by ascending name, and a property
+/// that bears the name of one of the two others gives way to it.
 std::string TelemetryEventBundle::getJsonBatchHeaderString() {
     std::string header = "{";
-    auto property = properties_.cbegin();
-    const auto addProperty = [&] {
-        appendQuoted(header, property->first);
+    const auto addName = [&](const std::string& name) {
+        if (header.size() > 1) header += ',';
+        appendQuoted(header, name);
         header += ':';
-        appendQuoted(header, property->second);
-        header += ',';
-        ++property;
     };
-    // Members go by ascending key, and a property that bears the name of one of these two gives way to it.
-    const auto addPropertiesBefore = [&](std::string_view key) {
-        while (property != properties_.cend() && property->first < key) addProperty();
-        if (property != properties_.cend() && property->first == key) ++property;
+    const auto addProperties = [&](auto property, auto end) {
+        for (; property != end; ++property) {
+            addName(property->first);
+            appendQuoted(header, property->second);
+        }
     };
-    addPropertiesBefore("app_id");
-    header.append("\"app_id\":").append(std::to_string(appId())) += ',';
-    addPropertiesBefore("app_version");
-    header += "\"app_version\":";
+    addProperties(properties_.begin(), properties_.lower_bound(kAppId));
+    addName(kAppId);
+    header += std::to_string(appId());
+    addProperties(properties_.upper_bound(kAppId), properties_.lower_bound(kAppVersion));
+    addName(kAppVersion);
     appendQuoted(header, appVersion());
-    header += ',';
-    while (property != properties_.cend()) addProperty();
-    header.back() = '}';
+    addProperties(properties_.upper_bound(kAppVersion), properties_.end());
+    header += '}';
     return header;
 }
 
