@@ -39,7 +39,7 @@ struct Texts {
     bool operator==(const Texts&) const = default;
 };
 
-class Library {
+class Pipeline {
 public:
     /// From the event as intake makes it to its texts.
     std::unique_ptr<TelemetryEvent> process(std::unique_ptr<TelemetryEventBundle> event) {
@@ -117,17 +117,17 @@ template <typename Form>
 struct Contest {
     Contest() {
         for (PreparedEvent& sample : samples) {
-            const auto kept = library.process(Form::event(sample, sample.uid));
+            const auto kept = pipeline.process(Form::event(sample, sample.uid));
             const Texts made = floor.make(sample, Form::data(sample));
             if (made == Texts{kept->getJsonString(), kept->getJsonBatchHeaderString()}) continue;
             throw std::runtime_error("the floor makes other texts than the library:\n" + made.data + made.header +
                                      "\n" + kept->getJsonString() + kept->getJsonBatchHeaderString());
         }
-        library.reports = 0;
+        pipeline.reports = 0;
     }
 
     std::vector<PreparedEvent> samples = preparedEvents();
-    Library library;
+    Pipeline pipeline;
     Floor floor;
 };
 
@@ -136,9 +136,9 @@ void libraryEvents(size_t count, size_t /*size*/) {
     Contest<Form> contest;
     for (size_t i = 0; i < count; ++i) {
         const PreparedEvent& sample = contest.samples[i % contest.samples.size()];
-        contest.library.process(Form::event(sample, sample.uid));
+        contest.pipeline.process(Form::event(sample, sample.uid));
     }
-    if (contest.library.reports > 0) throw std::runtime_error("there are reports of users who were known");
+    if (contest.pipeline.reports > 0) throw std::runtime_error("there are reports of users who were known");
 }
 
 template <typename Form>
@@ -155,9 +155,9 @@ void audits(size_t count, size_t /*size*/) {
     Contest<JsonForm> contest;
     for (size_t i = 0; i < count; ++i) {
         const PreparedEvent& sample = contest.samples[i % contest.samples.size()];
-        contest.library.process(JsonForm::event(sample, static_cast<uint32_t>(20'000 + i)));
+        contest.pipeline.process(JsonForm::event(sample, static_cast<uint32_t>(20'000 + i)));
     }
-    if (contest.library.reports != 2 * count) throw std::runtime_error("not every new user was reported twice");
+    if (contest.pipeline.reports != 2 * count) throw std::runtime_error("not every new user was reported twice");
 }
 
 /// What anyone would have to do for a line: read it, add twenty members, write it.
