@@ -60,9 +60,8 @@ class CompactWriter {
 public:
     std::string write(const Json::Value& value) {
         text_.clear();
-        if (!append(value)) return writtenByJsoncpp(value);
         // An exact copy, so that the cached text of an event wastes nothing and the buffer need not grow again.
-        std::string text = text_;
+        std::string text = append(value) ? text_ : writtenByJsoncpp(value);
         if (text_.capacity() > kKeptCapacity) text_ = std::string();
         return text;
     }
@@ -115,7 +114,7 @@ private:
     void appendString(const Json::Value& value) {
         const char* begin = nullptr;
         const char* end = nullptr;
-        value.getString(&begin, &end);
+        if (!value.getString(&begin, &end)) return;
         appendQuotedText(text_, {begin, static_cast<size_t>(end - begin)});
     }
 

@@ -2,9 +2,9 @@
 
 #include <android/log.h>
 
+#include <cstring>
 #include <locale>
 #include <sstream>
-#include <typeinfo>
 #include <utility>
 
 #include "conversion/ArrayMarker.h"
@@ -20,6 +20,13 @@ namespace {
 
 constexpr char kAppId[] = "app_id";
 constexpr char kAppVersion[] = "app_version";
+
+/// The pointer to its virtual functions, with which an object begins in the Itanium C++ ABI.
+const void* classOf(const TelemetryEvent& event) {
+    const void* functions = nullptr;
+    std::memcpy(&functions, static_cast<const void*>(&event), sizeof(functions));
+    return functions;
+}
 
 }  // namespace
 
@@ -41,7 +48,9 @@ const Json::Value& TelemetryEventBundle::convertedData() {
 Json::Value TelemetryEventBundle::getJsonValue() { return convertedData(); }
 
 const Json::Value& jsonValueOf(TelemetryEvent& event, Json::Value& copy) {
-    if (typeid(event) == typeid(TelemetryEventBundle)) return static_cast<TelemetryEventBundle&>(event).convertedData();
+    // A service may be compiled without type information, so that `typeid` must not be asked about its classes.
+    static const void* const ownClass = classOf(TelemetryEventBundle({}, 0, false));
+    if (classOf(event) == ownClass) return static_cast<TelemetryEventBundle&>(event).convertedData();
     return copy = event.getJsonValue();
 }
 

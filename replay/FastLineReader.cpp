@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <limits>
-#include <new>
 #include <string>
 #include <type_traits>
 
@@ -121,13 +120,14 @@ struct FastLineReader::Parser {
 
 FastLineReader::FastLineReader() : parser_(std::make_unique<Parser>()) {
     constexpr size_t kUsualLine = 4096;  // for longer ones the parser grows by itself
-    if (parser_->parser.allocate(kUsualLine, kMaxDepth)) throw std::bad_alloc();
+    if (parser_->parser.allocate(kUsualLine, kMaxDepth)) parser_.reset();
 }
 
 FastLineReader::~FastLineReader() = default;
 
 std::optional<LineMembers> FastLineReader::read(std::string_view line) {
-    // The parser may skip a byte order mark, and takes some halves of surrogate pairs.
+    if (!parser_) return std::nullopt;
+    // Versions of the parser differ in what they make of a byte order mark and of half of a surrogate pair.
     if (!line.starts_with('{') || line.find("\\u") != std::string_view::npos) return std::nullopt;
 
     dom::object object;

@@ -23,7 +23,7 @@ public:
 
 private:
     struct Parser;
-    std::unique_ptr<Parser> parser_;  // its buffers grow with the lines, up to about a megabyte
+    std::unique_ptr<Parser> parser_;  // null if it cannot work; its buffers grow with the lines, to about a megabyte
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -128,6 +128,9 @@ TEST(JsonToBundle, TextsOfEveryLengthComeBack) {
             EXPECT_TRUE(convertBundleToJson(bundle, json) && json[text] == text) << json;
         }
     }
+    Bundle bundle;
+    convertJsonToBundle("\x80", true, bundle);
+    EXPECT_EQ(bundle.erase(String16("\x80")), 1U) << "what is no UTF-8 is the platform's to convert";
 }
 
 TEST(JsonToBundle, ParsesOrReturnsFalse) {

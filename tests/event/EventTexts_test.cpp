@@ -101,7 +101,8 @@ Json::Value anyValue(std::mt19937& random, int depth) {
         case 7: {
             Json::Value object(Json::objectValue);
             for (int i = number(5); i > 0; --i) object[anyText()] = anyValue(random, depth - 1);
-            if (number(20) == 0) object.setComment(std::string("/* odd */"), Json::commentAfterOnSameLine);
+            const auto place = static_cast<Json::CommentPlacement>(number(Json::numberOfCommentPlacement));
+            if (number(20) == 0) object.setComment(std::string("/* odd */"), place);
             return object;
         }
         default:
@@ -114,6 +115,7 @@ TEST(Serialisation, IsWhatJsoncppWrites) {
     for (int i = 0; i < 3000; ++i) {
         TelemetryEventBundle e = event("{}");
         e.addJson("any", anyValue(random, 3));
+        e.addString("byte", std::string(static_cast<size_t>(i % 11), 'a') + static_cast<char>(i));
         const std::string key = i % 2 ? "app_if" : "app_idle\"";
         const std::string property = anyValue(random, 0).asString();
         e.addProperty(key, property);

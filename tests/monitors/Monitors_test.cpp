@@ -141,6 +141,17 @@ TEST_F(Monitors, OversizedEventsAreReportedEveryTime) {
     }
 }
 
+TEST_F(Monitors, AnEventOfAnotherClassIsAskedForItsData) {
+    struct Answering : TelemetryEventBundle {
+        using TelemetryEventBundle::TelemetryEventBundle;
+        Json::Value getJsonValue() override { return fakes::parsed(R"({"a":1,"b":2,"c":3})"); }
+    };
+    settings->inVerification = true;
+    VerificationMonitor monitor(services.callback());
+    const Lines answered = reports(monitor, std::make_unique<Answering>("e", 7U, false));
+    EXPECT_NE(answered.at(0).find(R"("fields_number":3)"), std::string::npos) << answered.at(0);
+}
+
 TEST_F(Monitors, VerifiedEventsAreFingerprinted) {
     struct Derived : VerificationMonitor {
         using VerificationMonitor::VerificationMonitor;
