@@ -116,7 +116,7 @@ TEST(JsonToBundle, StoresEveryKind) {
 }
 
 TEST(JsonToBundle, TextsOfEveryLengthComeBack) {
-    for (const size_t length : {0, 1, 63, 64, 65, 200}) {
+    for (const size_t length : {0U, 1U, 63U, 64U, 65U, 200U}) {
         for (const char* last : {"", "\u00e9", "\U0001F600x"}) {
             const std::string text = std::string(length, 'k') + last;
             Bundle bundle;
