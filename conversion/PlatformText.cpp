@@ -2,6 +2,8 @@
 
 #include <utils/String8.h>
 
+#include <iterator>
+
 namespace Velo::OS::Telemetry {
 
 using android::String16;
