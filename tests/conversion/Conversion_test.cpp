@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
+#include <utils/String8.h>
 
 #include <cmath>
+#include <random>
 
+#include "conversion/PlatformText.h"
 #include "telemetry/BundleToJson.h"
 #include "telemetry/JsonToBundle.h"
 #include "tests/fakes/Payloads.h"
@@ -49,6 +52,8 @@ TEST(BundleToJson, Objects) {
     bundle.putIntVector(String16("left out"), {1});
     bundle.putString(String16(u"k\0x", 3), String16(u"ends\0here", 9));
     EXPECT_EQ(converted(bundle), R"({"k":"ends"})");
+    bundle.putString(String16(u"k\xD800"), String16(u"\xDC00lone\xD800"));
+    EXPECT_EQ(converted(bundle), R"({"k":"lone"})") << "keys that become the same: the last one wins";
 }
 
 TEST(BundleToJson, Arrays) {
@@ -128,9 +133,43 @@ TEST(JsonToBundle, TextsOfEveryLengthComeBack) {
             EXPECT_TRUE(convertBundleToJson(bundle, json) && json[text] == text) << json;
         }
     }
-    Bundle bundle;
-    convertJsonToBundle("\x80", true, bundle);
-    EXPECT_EQ(bundle.erase(String16("\x80")), 1U) << "what is no UTF-8 is the platform's to convert";
+}
+
+TEST(PlatformText, IsThatOfThePlatform) {
+    std::mt19937 random(1);
+    for (int i = 0; i < 20000; ++i) {
+        // Odd ones are rare, so that they stand anywhere in a text, whatever its length, or nowhere.
+        const auto oddOr = [&](auto plain) {
+            const auto odd = random() % 2 ? random() : 0xD7FE + random() % 0x804;
+            return static_cast<decltype(plain)>(random() % 40 ? plain : odd);
+        };
+        std::u16string units(random() % 130, u'a');
+        for (char16_t& unit : units) unit = oddOr(unit);
+        const String16 wide(units.data(), units.size());
+        std::string narrow = "replaced";
+        toUtf8(wide, narrow);
+        ASSERT_EQ(narrow, android::String8(wide).string());
+
+        std::string bytes(random() % 130, 'a');
+        for (char& byte : bytes) byte = oddOr(byte);
+        ASSERT_EQ(toString16(bytes.c_str()), String16(bytes.c_str()));
+    }
+}
+
+TEST(PlatformText, WhatIsNoUtf8BecomesWhatThePlatformMakesOfIt) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"a\xE2\x82", ""},           // cut short: nothing is left
+        {"a\xC3z", "a\u00FA"},       // the next byte is swallowed
+        {"\x80z", "\u0080z"},        // a continuation alone stands for itself
+        {"a\xC0\x80z", "a"},         // a NUL in too many bytes ends the text
+        {"\xED\xA0\x80z", "z"},      // half a surrogate pair is dropped
+        {"\xF4\x90\x80\x80z", "z"},  // so is what is beyond the last character
+    };
+    for (const auto& [bytes, expected] : cases) {
+        Bundle bundle;
+        EXPECT_TRUE(convertJsonToBundle(bytes, bytes, bundle));
+        EXPECT_EQ(converted(bundle), text(parsed(R"({")" + std::string(expected) + R"(":")" + expected + "\"}")));
+    }
 }
 
 TEST(JsonToBundle, ParsesOrReturnsFalse) {
