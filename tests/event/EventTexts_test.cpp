@@ -139,6 +139,9 @@ TEST(Serialisation, TheTextIsKeptUntilSomethingIsAdded) {
         {[](auto& to) { to.addLong("n", INT64_MIN); }, "-9223372036854775808"},
         {[](auto& to) { to.addULong("n", UINT64_MAX); }, "18446744073709551615"},
         {[](auto& to) { to.addDouble("n", 2.0); }, "2.0"},
+        {[](auto& to) { to.addDouble("n", -5e-324); }, "-4.9406564584124654e-324"},
+        {[](auto& to) { to.addDouble("n", std::nan("")); }, "null"},
+        {[](auto& to) { to.addDouble("n", -INFINITY); }, "-1e+9999"},
         {[](auto& to) { to.addString("n", std::string("s\0t", 3)); }, R"("s\u0000t")"},
         {[](auto& to) { to.addString("n", "literal"); }, R"("literal")"},
         {[](auto& to) {

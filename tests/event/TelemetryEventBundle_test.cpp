@@ -64,9 +64,14 @@ TEST(TelemetryEventBundle, AccessorsYieldTheMemberOrTheirDefault) {
         {"9223372036854775807", {nullptr, "9223372036854775807"}},
         {"9223372036854775808", {}},  // 2^63, held as an unsigned integer and as a real
         {"9223372036854775808.0", {}},
+        {"9223372036854774784.0", {nullptr, "9223372036854774784"}},  // the last real before it
+        {"18446744073709551615", {}},
+        {"-9223372036854775808", {nullptr, "-9223372036854775808"}},
         {"-9223372036854775808.0", {nullptr, "-9223372036854775808"}},
+        {"-9223372036854777856.0", {}},
         {"-1e30", {}},
         {"NaN", {}},
+        {"-Infinity", {}},
     };
     fakes::LogCapture unknownPathways;
     for (const Accessor& accessor : accessors) {
@@ -75,6 +80,9 @@ TEST(TelemetryEventBundle, AccessorsYieldTheMemberOrTheirDefault) {
             event.addJson(accessor.key, parsed(v.value));
             const char* expected = v.as[accessor.accepts] ? v.as[accessor.accepts] : accessor.otherwise;
             EXPECT_EQ(text(accessor.read(event)), expected) << accessor.key << " " << v.value;
+            if (accessor.key == std::string("realtime")) continue;  // the data has it, so the bundle is not asked
+            const auto bundled = bundleEvent(R"({")" + std::string(accessor.key) + "\":" + v.value + "}");
+            EXPECT_EQ(text(accessor.read(bundled)), expected) << "in a bundle: " << accessor.key << " " << v.value;
         }
         for (const char* data : {"null", "[1]", R"("text")"}) {
             EXPECT_EQ(text(accessor.read(jsonEvent(data))), accessor.otherwise) << accessor.key << data;
@@ -92,7 +100,8 @@ TEST(TelemetryEventBundle, UserIdComesFromThePropertyOrTheMember) {
     EXPECT_EQ(userId(R"("9223372036854775807")"), INT64_MAX);
     EXPECT_EQ(userId("-5"), -5);
     EXPECT_EQ(userId("100004217733019"), 100004217733019);
-    for (const char* other : {R"("9223372036854775808")", R"("-5")", "5.5", "18446744073709551615", "true", "null"}) {
+    for (const char* other : {R"("9223372036854775808")", R"("-5")", R"("5\u0000")", R"("")", "5.5",
+                              "18446744073709551615", "9223372036854775808.0", "NaN", "true", "null"}) {
         EXPECT_EQ(userId(other), 0) << other;
     }
     TelemetryEventBundle event = jsonEvent(R"({"id":5})");
@@ -132,9 +141,20 @@ TEST(TelemetryEventBundle, TheInverseOfTheSampleRateIsStored) {
         void addULong(const std::string& key, unsigned long value) override { stored = {key, value}; }
         std::pair<std::string, unsigned long> stored;
     } event("e", 1000, false);
-    const std::pair<float, unsigned long> cases[] = {{0.01F, 100},        {0.3F, 3},  {1.0F, 1}, {2.0F, 0},
-                                                     {0.0F, 0},           {-0.5F, 0}, {NAN, 0},  {1e-30F, UINT64_MAX},
-                                                     {1e-45F, UINT64_MAX}};
+    const std::pair<float, unsigned long> cases[] = {{0.01F, 100},
+                                                     {0.3F, 3},
+                                                     {1.0F, 1},
+                                                     {2.0F, 0},
+                                                     {0.0F, 0},
+                                                     {-0.5F, 0},
+                                                     {NAN, 0},
+                                                     {1e-30F, UINT64_MAX},
+                                                     {1e-45F, UINT64_MAX},
+                                                     {0x1p-64F, UINT64_MAX},
+                                                     {0x1p-63F, 1UL << 63},
+                                                     {INFINITY, 0},
+                                                     {-INFINITY, 0},
+                                                     {-1e-45F, 0}};
     for (const auto& [rate, weight] : cases) {
         event.setSampleRate(rate);
         EXPECT_EQ(event.stored, std::pair(std::string("applied_sample_rate"), weight)) << rate;
