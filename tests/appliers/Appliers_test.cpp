@@ -227,6 +227,9 @@ TEST_F(Appliers, TheTimestampIsNowLessTheAgeButNeverBelowZero) {
         {{true, 1790000000000, 20000}, 20001, R"({"adjusted":true,"timestamp":0})"},
         {{false, 10000, 20000}, -1, R"({"adjusted":false,"timestamp":0})"},
         {{true, ~uint64_t{0}, 20000}, 20000, R"({"adjusted":true,"timestamp":18446744073709551615})"},
+        {{true, ~uint64_t{0}, 0}, INT64_MIN, R"({"adjusted":true,"timestamp":9223372036854775807})"},
+        {{false, 0, ~uint64_t{0}}, -1, R"({"adjusted":false,"timestamp":0})"},
+        {{false, 7, ~uint64_t{0}}, INT64_MAX, R"({"adjusted":false,"timestamp":0})"},
     };
     for (const auto& [now, createdMs, expected] : cases) {
         clock->now = now;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <limits>
 #include <thread>
 #include <tuple>
@@ -126,8 +127,11 @@ TEST_F(Guards, RatesAreLimitedPerWindow) {
         {"negative refill", {-1, 2, 1}, {{0, 9, 9, {}}, {9 * kSecond, 9, 9, {}}}},
         {"negative capacity", {2, -1, 1}, {{0, 9, 9, {}}}},
         {"no refill", {0, 2, 1}, {{0, 3, 2, {3}}, {9 * kSecond, 9, 0, {}}}},
-        {"no capacity", {2, 0, 1}, {{0, 2, 0, {1}}, {9 * kSecond, 9, 0, {}}}},
+        {"no capacity 100%n", {2, 0, 1}, {{0, 2, 0, {1}}, {9 * kSecond, 9, 0, {}}}},
         {"no window", {5, 3, 0}, {{0, 9, 9, {}}}},
+        {"a negative window", {5, 3, -1}, {{0, 9, 9, {}}, {kSecond, 9, 9, {}}}},
+        {"a window that wraps to none", {5, 3, 2 * k2to60}, {{0, 9, 9, {}}}},
+        {"the largest of 32 bits", {INT32_MAX, INT32_MAX, INT32_MAX}, {{0, 9, 9, {}}}},
         {"a limit beyond 32 bits", {1, 2 * k2to31 + 2, 1}, {{0, 5, 5, {}}, {kSecond, 1, 1, {5}}}},
         {"twice a limit beyond 32 bits", {1, k2to31 + 1, 1}, {{0, 3, 3, {}}, {kSecond, 1, 1, {3}}}},
         // 2^60 times a second in ns is a multiple of 2^64: nothing is added, and the last token is all there is.
@@ -135,6 +139,7 @@ TEST_F(Guards, RatesAreLimitedPerWindow) {
         {"a sum beyond 64 bits", {1, kMax, 1}, {{0, 1, 1, {}}, {kSecond, 2, 2, {}}}},
         {"a window beyond 64 bits", {kMax, 2, kMax}, {{0, 9, 9, {}}, {kSecond, 9, 9, {}}}},
         {"the least of all", {kMin, kMin, kMin}, {{0, 9, 9, {}}}},
+        {"the largest of all", {kMax, kMax, kMax}, {{0, 9, 9, {}}, {kMax - 300 * kSecond, 9, 9, {}}}},
     };
     std::vector<double> rates;
     const auto keepRate = [&](android::os::PersistableBundle envelope, bool /*flag*/, unsigned int /*uid*/) {
@@ -188,6 +193,26 @@ TEST_F(Guards, ARateLimitIsKeptByIdentifierAndItsBreachReportedOnce) {
                      "limit of odt_43"}));
     EXPECT_TRUE(passes(guard, "e", 7, IntakeFormat::SpecificAtom)) << "atoms are not limited";
     EXPECT_EQ(services->take(), Lines{});
+}
+
+TEST_F(Guards, AnyBytesAreANameAndReportedAsThePlatformHoldsThem) {
+    const std::string huge(1 << 20, 'x');
+    const std::pair<std::string, std::string> cases[] = {
+        // name, as reported
+        {"", ""},          {"%s%n", "%s%n"},         {std::string("a\0b", 3), "a"},
+        {"a\xE2\x82", ""}, {"a\xC3z", R"(a\u00fa)"}, {huge, huge},
+    };
+    RateLimiterGuard guard(services->callback(), services, services);
+    services->rateLimit = {1, 0, 5};
+    fakes::LogCapture log;
+    for (const auto& [name, reported] : cases) {
+        EXPECT_FALSE(passes(guard, name));
+        const std::string breach = R"("caller":false,"event":")" + reported + R"(","rate":1.0)";
+        EXPECT_EQ(services->take(),
+                  (Lines{"limit of " + name, report(1010123, "telemetry_service_event_rate_limit_breach", breach),
+                         "count guard_rate_limit_dropped 1 of " + name}));
+        EXPECT_NE(log.take().at(0).find("event: " + std::string(name.substr(0, 9).c_str())), std::string::npos);
+    }
 }
 
 TEST_F(Guards, EachChangeOfTheCheckpointIsReported) {
@@ -247,7 +272,8 @@ TEST_F(Guards, DynamicTelemetryCarriesItsRecordsOutBeforeItSettlesTheEvent) {
     EXPECT_FALSE(passes(guard, "e"));
     EXPECT_EQ(services->take(), expected);
 
-    const std::tuple<float, const char*, const char*> cases[] = {{0.25F, "c7", "4"}, {1, "", "1"}, {0, "", "0"}};
+    const std::tuple<float, const char*, const char*> cases[] = {
+        {0.25F, "c7", "4"}, {1, "", "1"}, {0, "", "0"}, {NAN, "", "0"}, {1e-45F, "%n", "18446744073709551615"}};
     for (const auto& [rate, configId, weight] : cases) {
         services->sampleRate = rate;
         services->configId = configId;
@@ -374,6 +400,9 @@ TEST_F(Guards, SystemEventsAreThoseOfTheAppThatCausedThem) {
         {state, R"({"source":["listener"],"android_uid":10123})", 7},
         {state, R"({"source":"listener"})", 0},
         {state, R"({"source":"listener","android_uid":"10123"})", std::nullopt},
+        {state, R"({"source":"listener","android_uid":NaN})", std::nullopt},
+        {state, R"({"source":"listener","android_uid":10123.9})", 10123},
+        {state, R"({"source":"listener","android_uid":true})", 1},
         {state, "[1]", 7},
         {ops, R"({"op_caller_android_uid":10123})", 10123},
         {ops, R"({"data":{"op_caller_android_uid":-1}})", 4294967295},
