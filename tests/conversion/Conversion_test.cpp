@@ -141,7 +141,7 @@ TEST(PlatformText, IsThatOfThePlatform) {
         // Odd ones are rare, so that they stand anywhere in a text, whatever its length, or nowhere.
         const auto oddOr = [&](auto plain) {
             const auto odd = random() % 2 ? random() : 0xD7FE + random() % 0x804;
-            return static_cast<decltype(plain)>(random() % 40 ? plain : odd);
+            return random() % 40 ? plain : static_cast<decltype(plain)>(odd);
         };
         std::u16string units(random() % 130, u'a');
         for (char16_t& unit : units) unit = oddOr(unit);
