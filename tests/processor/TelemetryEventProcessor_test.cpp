@@ -93,7 +93,7 @@ TEST_F(Pipeline, NothingWhereAValueIsNeededPanics) {
 
 TEST_F(Pipeline, MovingLeavesAnEmptyProcessorAndASpentBuilder) {
     Builder first(tracing, counters);
-    add(first, {"m:m1"});
+    add(first, {"m:m1", "g:g", "a:a"});
     Builder builder(nullptr, nullptr);
     builder = std::move(first).addMonitor(std::make_shared<fakes::FakeMonitor>(calls, "m2"));
     const std::shared_ptr<TelemetryEventProcessor> built = std::move(builder).build();
@@ -107,7 +107,9 @@ TEST_F(Pipeline, MovingLeavesAnEmptyProcessorAndASpentBuilder) {
         EXPECT_TRUE(processor->processEvent(std::make_unique<TelemetryEventBundle>("e", 7U, false)).hasValue());
     }
     EXPECT_EQ(*calls, (Lines{"trace e 7 m1", "count processor_m1 1", "run m1",  //
-                             "trace e 7 m2", "count processor_m2 1", "run m2"}));
+                             "trace e 7 m2", "count processor_m2 1", "run m2",  //
+                             "trace e 7 g", "count processor_g 1", "run g",     //
+                             "trace e 7 a", "count processor_a 1", "run a"}));
 }
 
 TEST_F(Pipeline, SlicesEncloseTheEventAndEveryStage) {

@@ -64,7 +64,7 @@ TEST(TraceSlice, TheRecordersFileIsJsonThatViewersOpen) {
     EXPECT_EQ(events[0]["ph"].asString() + events[1]["ph"].asString(), "BE");
     EXPECT_LE(events[0]["ts"], events[1]["ts"]);
     for (const Json::Value& event : events) {
-        EXPECT_EQ(event["cat"], host::kTraceCategory);
+        EXPECT_EQ(event["cat"], "telemetry");
         EXPECT_TRUE(event["pid"].isInt() && event["tid"].isInt() && event["ts"].isDouble());
     }
 }
