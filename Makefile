@@ -3,7 +3,7 @@
 BUILD := build
 PREFIX ?= /usr/local
 
-.PHONY: run test mutants bench bench-gate install tidy format clean deps
+.PHONY: run test fuzz mutants bench bench-gate install tidy format clean deps
 
 run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
@@ -26,6 +26,12 @@ test: deps $(BUILD)/dev/build.ninja
 # Makes small mistakes in the library's sources, and counts how many the tests notice. Takes too long for .ci/run.
 mutants: deps
 	@scripts/check-mutants
+
+# Arbitrary inputs, FUZZ_SECONDS for each target: see fuzz/. Their corpora run with the tests.
+fuzz: $(BUILD)/fuzz/build.ninja
+	@scripts/install-deps ci
+	@cmake --build $(BUILD)/fuzz
+	@scripts/fuzz $(BUILD)/fuzz
 
 # Time, allocations and the ratio to the floor of each group: see benchmarks/.
 bench: deps $(BUILD)/release/build.ninja

@@ -1,0 +1,128 @@
+// Events of both kinds through every accessor, identifier and text. The input's first line is the name, the second
+// JSON: the data of a JSON event, and what is added to a bundle event of which the rest is the bundle. A text member
+// "#NAME" is a property, and "sample_rate" a rate.
+
+#include <stdexcept>
+#include <utility>
+
+#include "fuzz/BundleText.h"
+#include "fuzz/JsonProperties.h"
+
+namespace {
+
+using namespace Velo::OS::Telemetry;
+
+/// The number of a property, or what `std::stol` throws of it; whatever else is thrown ends the run.
+template <typename Read>
+std::string numberOrThrown(Read read) {
+    try {
+        return std::to_string(read());
+    } catch (const std::invalid_argument&) {
+        return "no number";
+    } catch (const std::out_of_range&) {
+        return "too large";
+    }
+}
+
+std::string answersOf(const TelemetryEventBundle& event) {
+    const std::string texts[] = {event.name(),
+                                 event.sessionsV2(),
+                                 event.loggingPackage(),
+                                 event.deviceId(),
+                                 event.osBuildNumber(),
+                                 event.appVersion(),
+                                 getFormatName(event.getIntakeFormat()),
+                                 event.getLoggingPathway().value_or("-"),
+                                 numberOrThrown([&] { return event.arvoUserId(); }),
+                                 numberOrThrown([&] { return event.consentState(); })};
+    const int64_t numbers[] = {event.uid(),
+                               event.priority(),
+                               event.time(),
+                               event.clientCreatedTime(),
+                               event.adjustedTime(),
+                               event.appId(),
+                               event.tags(),
+                               event.sampleRateAsPelko(),
+                               event.getArvoUserIdFromSorel()};
+    std::string all;
+    for (const std::string& text : texts) all.append(text).append("\n");
+    for (const int64_t number : numbers) all.append(std::to_string(number)).append("\n");
+    return all;
+}
+
+using Properties = std::map<std::string, std::string>;
+
+void requireHeader(TelemetryEventBundle& event, const Properties& properties) {
+    Json::Value header;
+    for (const auto& [name, value] : properties) header[name] = value;
+    header["app_id"] = Json::Int64{event.appId()};
+    header["app_version"] = event.appVersion();
+    fuzz::requireEqual(event.getJsonBatchHeaderString(), fuzz::jsoncppText(header), "The header is that of jsoncpp");
+}
+
+/// `keepsAnswers`: whether the conversion of its bundle changes none of them.
+void examine(TelemetryEventBundle& event, const Properties& properties, bool keepsAnswers) {
+    const std::string before = answersOf(event);
+    const std::string identifier = event.getStringIdentifier();
+    const std::string text = event.getJsonString();
+    const Json::Value data = event.getJsonValue();
+    if (!text.empty()) {
+        fuzz::requireEqual(text, fuzz::jsoncppText(data), "An event is written as jsoncpp would write it");
+        fuzz::requireReadsBack(text);
+        fuzz::require(event.size() == data.size(), "The size of a converted event is that of its data", text);
+        if (keepsAnswers) fuzz::requireEqual(answersOf(event), before, "The conversion changes no answer");
+    }
+    requireHeader(event, properties);
+    const std::string header = ", data: " + event.getJsonString() + ", header: " + event.getJsonBatchHeaderString();
+    fuzz::require(event.getDebugString().ends_with(header), "The debug line ends in both texts", header);
+    event.addString("marker_id", "later");
+    fuzz::requireEqual(event.getStringIdentifier(), identifier, "The identifier never changes");
+    fuzz::require(event.getJsonString().empty() == text.empty(), "What can be written can be with one more member");
+
+    TelemetryEventBundle moved(std::move(event));
+    fuzz::require(moved.deviceId().empty() && moved.consentState() == 0, "A moved event has no properties");
+    answersOf(moved);
+    moved.getDebugString();
+    answersOf(event);
+    event.getDebugString();
+    event = std::move(moved);
+    event.getJsonString();
+}
+
+void addTo(TelemetryEventBundle& event, const Json::Value& data, Properties& properties) {
+    if (!data.isObject()) return;
+    for (auto member = data.begin(); member != data.end(); ++member) {
+        const std::string name = member.name();
+        if (name.starts_with('#') && member->isString()) {
+            event.addProperty(name.substr(1), properties[name.substr(1)] = member->asString());
+        } else if (name == "sample_rate" && member->isNumeric()) {
+            event.setSampleRate(member->asFloat());
+        } else {
+            event.addJson(name, Json::Value(*member));
+        }
+    }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
+    std::string_view rest = fuzz::textOf(bytes, size);
+    const std::string name(fuzz::takeUntil('\n', rest));
+    Json::Value data;
+    if (!getJsonFromString(std::string(fuzz::takeUntil('\n', rest)).c_str(), data)) data = Json::Value();
+
+    const auto format = static_cast<IntakeFormat>(name.size() % 8);
+    TelemetryEventBundle jsonEvent(name, data, 10123, format);
+    fuzz::require(jsonEvent.getJsonString().empty() == !(data.isObject() || data.isNull()),
+                  "A JSON event can be written if its data is an object", fuzz::jsoncppText(data));
+    Properties properties;
+    addTo(jsonEvent, data, properties);
+    examine(jsonEvent, properties, true);
+
+    TelemetryEventBundle bundleEvent(name, 10123, name.size() % 2 == 1, fuzz::BundleText(rest).read());
+    properties.clear();
+    addTo(bundleEvent, data, properties);
+    // Two keys may become one name, at a NUL.
+    examine(bundleEvent, properties, rest.find("\\0000") == std::string_view::npos);
+    return 0;
+}
