@@ -2,6 +2,7 @@
 // JSON: the data of a JSON event, and what is added to a bundle event of which the rest is the bundle. A text member
 // "#NAME" is a property, and "sample_rate" a rate.
 
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -24,30 +25,20 @@ std::string numberOrThrown(Read read) {
     }
 }
 
+template <typename... Values>
+std::string linesOf(const Values&... values) {
+    std::ostringstream lines;
+    ((lines << values << '\n'), ...);
+    return lines.str();
+}
+
 std::string answersOf(const TelemetryEventBundle& event) {
-    const std::string texts[] = {event.name(),
-                                 event.sessionsV2(),
-                                 event.loggingPackage(),
-                                 event.deviceId(),
-                                 event.osBuildNumber(),
-                                 event.appVersion(),
-                                 getFormatName(event.getIntakeFormat()),
-                                 event.getLoggingPathway().value_or("-"),
-                                 numberOrThrown([&] { return event.arvoUserId(); }),
-                                 numberOrThrown([&] { return event.consentState(); })};
-    const int64_t numbers[] = {event.uid(),
-                               event.priority(),
-                               event.time(),
-                               event.clientCreatedTime(),
-                               event.adjustedTime(),
-                               event.appId(),
-                               event.tags(),
-                               event.sampleRateAsPelko(),
-                               event.getArvoUserIdFromSorel()};
-    std::string all;
-    for (const std::string& text : texts) all.append(text).append("\n");
-    for (const int64_t number : numbers) all.append(std::to_string(number)).append("\n");
-    return all;
+    return linesOf(event.name(), event.sessionsV2(), event.uid(), event.priority(), event.time(),
+                   event.clientCreatedTime(), event.adjustedTime(), event.loggingPackage(), event.deviceId(),
+                   event.osBuildNumber(), event.appId(), event.appVersion(), event.tags(), event.sampleRateAsPelko(),
+                   getFormatName(event.getIntakeFormat()), event.getLoggingPathway().value_or("-"),
+                   event.getArvoUserIdFromSorel(), numberOrThrown([&] { return event.arvoUserId(); }),
+                   numberOrThrown([&] { return event.consentState(); }));
 }
 
 using Properties = std::map<std::string, std::string>;
