@@ -59,7 +59,7 @@ void examine(TelemetryEventBundle& event, const Properties& properties, bool kee
     const Json::Value data = event.getJsonValue();
     if (!text.empty()) {
         fuzz::requireEqual(text, fuzz::jsoncppText(data), "An event is written as jsoncpp would write it");
-        fuzz::requireReadsBack(text);
+        fuzz::requireReadsBack(text, data);
         fuzz::require(event.size() == data.size(), "The size of a converted event is that of its data", text);
         if (keepsAnswers) fuzz::requireEqual(answersOf(event), before, "The conversion changes no answer");
     }

@@ -132,7 +132,7 @@ void requireKept(TelemetryEvent& event) {
     const Json::Value data = event.getJsonValue();
     if (!text.empty()) {
         fuzz::requireEqual(text, fuzz::jsoncppText(data), "An event is written as jsoncpp would write it");
-        fuzz::requireReadsBack(text);
+        fuzz::requireReadsBack(text, data);
         fuzz::require(data.isMember("timestamp"), "A kept event has been through the last stage", text);
     }
     fuzz::require(fuzz::jsoncppValue(event.getJsonBatchHeaderString()).has_value(), "The header can be read");
