@@ -160,6 +160,7 @@ bool mayThrow(const std::string& identifier) {
 
 void process(Services& services, std::unique_ptr<TelemetryEventBundle> event) {
     const auto pipeline = makePipeline(services);
+    services.guards->take();  // an event that made a stage throw has left its calls
     const std::string identifier = event->getStringIdentifier();
     try {
         EventResult result = pipeline->processEvent(std::move(event));
