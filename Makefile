@@ -30,7 +30,7 @@ mutants: deps
 # Arbitrary inputs, FUZZ_SECONDS for each target: see fuzz/. Their corpora run with the tests.
 fuzz: $(BUILD)/fuzz/build.ninja
 	@scripts/install-deps ci
-	@cmake --build $(BUILD)/fuzz
+	@cmake --build $(BUILD)/fuzz --target fuzz_targets
 	@scripts/fuzz $(BUILD)/fuzz
 
 # Time, allocations and the ratio to the floor of each group: see benchmarks/.
