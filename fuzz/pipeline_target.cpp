@@ -146,11 +146,11 @@ void requireCounted(const std::vector<std::string>& calls, bool isDropped) {
         return std::count_if(calls.begin(), calls.end(),
                              [&](const std::string& call) { return call.starts_with(begin); });
     };
-    fuzz::require(count("trace ") == count("count processor_"), "Each stage that is entered is counted");
-    const bool wasStateGuard = std::none_of(calls.begin(), calls.end(),
-                                            [](const auto& call) { return call == "count processor_pathway_guard 1"; });
-    fuzz::require(count("count guard_") == (isDropped && !wasStateGuard ? 1 : 0),
-                  "A drop is counted once by its guard");
+    std::string all;
+    for (const std::string& call : calls) all.append(call).append("\n");
+    fuzz::require(count("trace ") == count("count processor_"), "Each stage that is entered is counted", all);
+    const bool wasStateGuard = all.find("\ncount processor_pathway_guard 1\n") == std::string::npos;
+    fuzz::require(count("count guard_") == (isDropped && !wasStateGuard ? 1 : 0), "A drop is counted once", all);
 }
 
 /// Only these two kinds of events may make the library throw, where the uid in their data is none.
