@@ -3,7 +3,7 @@
 BUILD := build
 PREFIX ?= /usr/local
 
-.PHONY: run test fuzz mutants bench bench-gate install tidy format clean deps
+.PHONY: run test test-arm64 fuzz mutants bench bench-gate install tidy format clean deps
 
 run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
@@ -22,6 +22,10 @@ run: deps $(BUILD)/release/build.ninja
 test: deps $(BUILD)/dev/build.ninja
 	@cmake --build $(BUILD)/dev
 	@ctest --preset dev
+
+# The architecture of devices, cross-built and emulated.
+test-arm64: deps
+	@scripts/test-arm64
 
 # Makes small mistakes in the library's sources, and counts how many the tests notice. Takes too long for .ci/run.
 mutants: deps
