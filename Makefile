@@ -24,7 +24,7 @@ test: deps $(BUILD)/dev/build.ninja
 	@ctest --preset dev
 
 # The architecture of devices, cross-built and emulated.
-test-arm64: deps
+test-arm64:
 	@scripts/test-arm64
 
 # Makes small mistakes in the library's sources, and counts how many the tests notice. Takes too long for .ci/run.
