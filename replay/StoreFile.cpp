@@ -27,11 +27,27 @@ StoreFile::StoreFile(const std::optional<std::string>& path) : name_(path.value_
     database_.reset(database);
     check(result, SQLITE_OK);
     check(sqlite3_busy_timeout(database, kPatienceMs), SQLITE_OK);
+    if (path) checkContents();
     // Readers need not wait for a writer. A file that vanishes has none, and says so.
     Statement(*this, "PRAGMA journal_mode = WAL").texts();
 }
 
 void StoreFile::fail(const std::string& reason) const { throw FileError("cannot use " + name_ + ": " + reason); }
+
+/// Before anything is written. A damaged index could bring a number into circulation twice.
+void StoreFile::checkContents() {
+    constexpr char kIsForeign[] =
+        "SELECT count(*) > 0 AND max(name IN ('sequence_numbers', 'key_values')) = 0 FROM sqlite_master";
+    if (Statement(*this, kIsForeign).run() != 0) fail("it is no store but the database of something else");
+    const std::vector<std::string> findings = Statement(*this, "PRAGMA integrity_check(1)").texts();
+    if (findings != std::vector<std::string>{"ok"}) fail("it is damaged: " + findings.front());
+}
+
+void StoreFile::checkInPlace() const {
+    int hasMoved = 0;
+    sqlite3_file_control(database_.get(), /*zDbName=*/nullptr, SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+    if (hasMoved != 0) fail("it was moved or deleted meanwhile");
+}
 
 void StoreFile::check(int result, int expected) const {
     if (result != expected) fail(sqlite3_errmsg(database_.get()));

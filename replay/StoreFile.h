@@ -12,13 +12,16 @@ struct sqlite3_stmt;
 namespace Velo::OS::Telemetry::replay {
 
 /// The SQLite file in which a replay keeps what outlives it on a device, with a write-ahead log beside it. Several
-/// processes may use it at once. Whatever fails throws `FileError`, "cannot use store.db: database is locked".
+/// processes may use it at once. Whatever fails throws `FileError`, "cannot use store.db: database is locked"; so does
+/// opening a store that is damaged, or a database of something else, which is left as it is.
 class StoreFile {
 public:
     /// Opens the file and creates it if there is none; without a path, one that vanishes afterwards.
     explicit StoreFile(const std::optional<std::string>& path);
 
     [[noreturn]] void fail(const std::string& reason) const;
+    /// Fails if the file no longer is what its path names: who opens that next knows nothing of what is in here.
+    void checkInPlace() const;
 
     /// SQL with parameters, prepared once and run often. Must not outlive the file.
     class Statement {
@@ -67,6 +70,7 @@ private:
         void operator()(sqlite3* database) const;
     };
 
+    void checkContents();
     /// Throws unless the result code is the one that is expected.
     void check(int result, int expected) const;
 

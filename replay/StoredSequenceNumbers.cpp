@@ -26,6 +26,7 @@ StoredSequenceNumbers::StoredSequenceNumbers(StoreFile& store)
 /// A new batch in place of one that is used up.
 void StoredSequenceNumbers::reserve(Range& range, const std::string& sequence) {
     const std::optional<int64_t> end = reserve_.bind(1, sequence).bind(2, kBatch).run();
+    store_.checkInPlace();
     if (!end) store_.fail("the sequence \"" + sequence + "\" holds no number to go on from");
     range = {*end - kBatch, *end};
 }
@@ -48,6 +49,7 @@ uint64_t StoredSequenceNumbers::getNextPerTypeSequenceNumber(const std::string& 
 
 void StoredSequenceNumbers::handBack() {
     const std::lock_guard<std::mutex> lock(mutex_);
+    store_.checkInPlace();
     StoreFile::Statement handBack(store_, "UPDATE sequence_numbers SET next = ?2 WHERE sequence = ?1 AND next = ?3");
     const auto handBackRange = [&](const std::string& sequence, Range& range) {
         handBack.bind(1, sequence).bind(2, range.next).bind(3, range.end);
