@@ -39,8 +39,16 @@ size_t InputFile::read(char* buffer, size_t capacity) {
     for (;;) {
         if (!awaitBytes()) return 0;
         const ssize_t count = ::read(file_.number(), buffer, capacity);
+        if (count == 0) checkNotShortened();
         if (count >= 0) return static_cast<size_t>(count);
         if (errno != EINTR) throw FileError("read", name_, errno);
+    }
+}
+
+/// What has been cut off may have held events, and would be missed by nobody.
+void InputFile::checkNotShortened() const {
+    if (S_ISREG(status_.st_mode) && fileStatus(file_).st_size < status_.st_size) {
+        throw FileError("cannot read " + name_ + ": it has become shorter meanwhile");
     }
 }
 

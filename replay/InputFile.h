@@ -28,7 +28,7 @@ public:
     /// Has `read` call it before each time that it has to wait, from the thread that reads. False if it need not.
     void onWait(std::function<bool()> onWait) { onWait_ = std::move(onWait); }
     /// Reads up to `capacity` bytes, what is there now; 0 at the end, or if the run is to end before there is more.
-    /// Throws `FileError`.
+    /// Throws `FileError`, also at the end of a file that has become shorter since it was opened.
     size_t read(char* buffer, size_t capacity);
     /// Whether that has returned 0 although there may be more to come.
     bool isCutOff() const { return isCutOff_; }
@@ -36,6 +36,7 @@ public:
 
 private:
     bool awaitBytes();
+    void checkNotShortened() const;
 
     std::string name_;
     FileDescriptor file_;

@@ -51,8 +51,17 @@ void OutputFile::flush() {
 
 void OutputFile::close() {
     flush();
+    const bool wasDeleted = isDeleted();
     const int error = file_.close();
-    if (error != 0 && !failed_) fail(error);
+    if (failed_) return;
+    if (error != 0) fail(error);
+    if (wasDeleted) throw FileError("cannot write " + name_ + ": it was deleted meanwhile");
+}
+
+/// A file that had no name when it was opened, by way of another descriptor, has lost none. Who redirects standard
+/// output may well keep it in such a file.
+bool OutputFile::isDeleted() const {
+    return !isStandardOutput_ && status_.st_nlink > 0 && file_.number() >= 0 && fileStatus(file_).st_nlink == 0;
 }
 
 void OutputFile::writeThrough(std::string_view bytes) {

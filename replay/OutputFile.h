@@ -11,7 +11,8 @@ namespace Velo::OS::Telemetry::replay {
 
 /// A file, or standard output, written through a buffer. Every failure throws `FileError`, once: after it the file
 /// takes whatever it is given and writes nothing. If it is that nobody reads standard output any more, the error is
-/// `ReaderLeft`. What `close` has not written is lost.
+/// `ReaderLeft`. What `close` has not written is lost, and so is what was written to a file that has been deleted
+/// since it was opened: `close` says that too.
 class OutputFile {
 public:
     /// Opens the file and creates it if there is none, yet leaves its contents; "-" is standard output.
@@ -33,6 +34,7 @@ public:
 
 private:
     void writeThrough(std::string_view bytes);
+    bool isDeleted() const;
     [[noreturn]] void fail(int error);
 
     std::string name_;
