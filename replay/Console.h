@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -49,7 +50,8 @@ public:
     /// What is said next begins a line of the terminal, even behind a "^C".
     void endLine();
 
-    /// Whether the action could use its files; says so if not. That a reader has left is no fault.
+    /// Whether the action could use its files, and had enough memory; says so if not. That a reader has left is no
+    /// fault.
     template <typename Action>
     bool attempt(Action action) {
         try {
@@ -59,8 +61,10 @@ public:
             return true;
         } catch (const FileError& failure) {
             error(failure.what());
-            return false;
+        } catch (const std::bad_alloc&) {
+            error("out of memory");
         }
+        return false;
     }
 
     void summary(const Counts& counts, std::chrono::steady_clock::duration elapsed);

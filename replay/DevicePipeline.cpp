@@ -96,8 +96,14 @@ void DevicePipeline::omitName(Json::Value& why) const {
 }
 
 void DevicePipeline::keepReport(const android::os::PersistableBundle& envelope, unsigned int uid) {
-    openReport(envelope, uid, times_, reports_.emplace_back());
-    if (Journey* journey = watch_->journey()) journey->report(reports_.back());
+    MonitorReport& report = reports_.emplace_back();
+    try {
+        openReport(envelope, uid, times_, report);
+    } catch (...) {
+        reports_.pop_back();  // half a report would be logged as a whole one
+        throw;
+    }
+    if (Journey* journey = watch_->journey()) journey->report(report);
 }
 
 EventResult DevicePipeline::processEvent(std::unique_ptr<TelemetryEventBundle> event, Journey* journey) {

@@ -1,6 +1,10 @@
 #include "replay/EventBatch.h"
 
+#include <algorithm>
+#include <array>
 #include <exception>
+#include <iterator>
+#include <new>
 #include <utility>
 
 #include "replay/DropLine.h"
@@ -14,25 +18,35 @@ void EventBatch::decode() {
     entries_.clear();
     for (const LineBatch::Line& line : lines_.lines()) {
         Entry& entry = entries_.emplace_back();
-        entry.place = {lines_.file(), line.number};
-        entry.line = lines_.text(line);
-        const LibraryLog::Listening listening(entry.messages);
-        EventDecoder::Decoded decoded = decoder_.decode(entry.line);
-        if (auto* error = std::get_if<LineError>(&decoded)) {
-            entry.error = std::move(*error);
-            continue;
+        try {
+            entry.place = {lines_.file(), line.number};
+            entry.line = lines_.text(line);
+            decode(entry);
+        } catch (...) {
+            entries_.pop_back();
+            throw;
         }
-        entry.event = std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded));
-        if (const Json::Value* earlierDrop = decoder_.earlierDrop()) entry.earlierDrop = *earlierDrop;
     }
+}
+
+void EventBatch::decode(Entry& entry) {
+    const LibraryLog::Listening listening(entry.messages);
+    EventDecoder::Decoded decoded = decoder_.decode(entry.line);
+    if (auto* error = std::get_if<LineError>(&decoded)) {
+        entry.error = std::move(*error);
+        return;
+    }
+    entry.event = std::get<std::unique_ptr<TelemetryEventBundle>>(std::move(decoded));
+    if (const Json::Value* earlierDrop = decoder_.earlierDrop()) entry.earlierDrop = *earlierDrop;
 }
 
 void EventBatch::process(DevicePipeline& pipeline, const Follow& follow) {
     for (auto entry = entries_.begin(); entry != entries_.end(); ++entry) {
         try {
             if (!entry->error) processEntry(*entry, pipeline, follow);
-        } catch (const FileError&) {
-            entries_.erase(entry, entries_.end());
+        } catch (...) {
+            // The event's fate is settled even if one of the reports about it has failed.
+            entries_.erase(entry->results.empty() ? entry : std::next(entry), entries_.end());
             throw;
         }
     }
@@ -81,6 +95,8 @@ void EventBatch::processEvent(Entry& entry, Result result, std::unique_ptr<Telem
         }
     } catch (const FileError&) {
         throw;  // it is the store that failed
+    } catch (const std::bad_alloc&) {
+        result.outcome = Failed{"out of memory"};
     } catch (const std::exception& error) {
         // The library lets through what jsoncpp throws at a member of a wrong type. A run goes on after any event.
         result.outcome = Failed{error.what()};
@@ -90,17 +106,29 @@ void EventBatch::processEvent(Entry& entry, Result result, std::unique_ptr<Telem
 }
 
 void EventBatch::write() {
-    for (std::string* text : {&texts_.output, &texts_.drops, &texts_.monitorEvents, &texts_.rejects}) text->clear();
-    for (Entry& entry : entries_) {
-        const LibraryLog::Listening listening(entry.messages);
-        if (entry.error) reject(entry.line);
-        for (Result& result : entry.results) write(entry, result);
+    for (std::string* text : texts_.all()) text->clear();
+    for (auto entry = entries_.begin(); entry != entries_.end(); ++entry) {
+        std::array<size_t, 4> lengths{};
+        std::ranges::transform(texts_.all(), lengths.begin(), &std::string::size);
+        try {
+            write(*entry);
+        } catch (...) {
+            for (size_t i = 0; i < lengths.size(); ++i) texts_.all()[i]->resize(lengths[i]);
+            entries_.erase(entry, entries_.end());
+            throw;
+        }
     }
     for (Entry& entry : entries_) {
         for (Result& result : entry.results) {
             if (result.event) result.outcome = Kept{{texts_.output.data() + result.textBegin, result.textLength}};
         }
     }
+}
+
+void EventBatch::write(Entry& entry) {
+    const LibraryLog::Listening listening(entry.messages);
+    if (entry.error) reject(entry.line);
+    for (Result& result : entry.results) write(entry, result);
 }
 
 void EventBatch::write(const Entry& entry, Result& result) {

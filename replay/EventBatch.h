@@ -2,6 +2,7 @@
 
 #include <json/value.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -60,6 +61,8 @@ public:
     /// For the files of a run.
     struct Texts {
         std::string output, drops, monitorEvents, rejects;
+
+        std::array<std::string*, 4> all() { return {&output, &drops, &monitorEvents, &rejects}; }
     };
 
     explicit EventBatch(const Wishes& wishes) : wishes_(wishes) {}
@@ -67,8 +70,8 @@ public:
     /// To be filled before the first step.
     LineBatch& lines() { return lines_; }
 
+    // What a step throws - `FileError` if the store fails, `std::bad_alloc` - leaves the entries that it has finished.
     void decode();
-    /// Throws `FileError` if the store fails; the entries are then those before it.
     void process(DevicePipeline& pipeline, const Follow& follow);
     void write();
     /// Leaves nothing to process or to write.
@@ -79,10 +82,12 @@ public:
     const Texts& texts() const { return texts_; }
 
 private:
+    void decode(Entry& entry);
     void processEntry(Entry& entry, DevicePipeline& pipeline, const Follow& follow);
     void processReports(Entry& entry, DevicePipeline& pipeline, const Follow& follow);
     void processEvent(Entry& entry, Result result, std::unique_ptr<TelemetryEventBundle> event,
                       DevicePipeline& pipeline, const Follow& follow);
+    void write(Entry& entry);
     void write(const Entry& entry, Result& result);
     void reject(std::string_view line);
 

@@ -1,6 +1,7 @@
 #include <csignal>
 
 #include "replay/CommandLine.h"
+#include "replay/Console.h"
 #include "replay/FileDescriptor.h"
 
 using namespace Velo::OS::Telemetry::replay;
@@ -10,5 +11,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     occupyStandardDescriptors();
-    return static_cast<int>(runCommandLine(argc, argv));
+    auto status = ExitStatus::Unusable;
+    Console(/*quiet=*/false).attempt([&] { status = runCommandLine(argc, argv); });
+    return static_cast<int>(status);
 }
