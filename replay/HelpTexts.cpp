@@ -182,7 +182,9 @@ constexpr HelpBlock kExitStatus[] = {
          "something in the input was bad: run met a bad line, or its events are not as expected; explain found no "
          "event to explain, or a bad line that may be one; schema check found anything"),
     item("2", "a wrong call, or a file that cannot be opened, read or written"),
-    item("130, 143", "ended by Ctrl-C or SIGTERM; the outputs are complete so far"),
+    item("130, 143",
+         "ended by Ctrl-C or SIGTERM; the outputs are complete so far, and standard error names the last line that is "
+         "in them"),
 };
 
 constexpr HelpBlock kEnvironment[] = {

@@ -1,8 +1,8 @@
 #include "replay/Replay.h"
 
 #include <algorithm>
+#include <exception>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -41,10 +41,12 @@ EventBatch::Wishes Replay::wishes() const {
 
 void Replay::run() {
     for (InputFile& input : files_.inputs) input.onWait([this] { return awaitInput(); });
+    // Even what fails before the first batch must not leave a thread behind.
+    const auto work = [this] { attempt(0, [this] { this->work(); }); };
     std::vector<std::thread> others;
     try {
-        for (unsigned i = 1; i < options_.threads; ++i) others.emplace_back([this] { work(); });
-    } catch (const std::system_error&) {
+        for (unsigned i = 1; i < options_.threads; ++i) others.emplace_back(work);
+    } catch (const std::exception&) {
         // The machine has no more threads to give: those that there are do all the work.
     }
     work();
@@ -119,17 +121,19 @@ void Replay::handleLongLine(uint64_t ticket) {
     writing_.wait(ticket);
     if (isDiscarded(ticket)) return;
     ++counts_.read;
-    countBad(reader_.place(), "longer than " + std::to_string(LineReader::kMaxLineLength) + " bytes");
+    lastPlace_ = reader_.place();
+    countBad(lastPlace_, "longer than " + std::to_string(LineReader::kMaxLineLength) + " bytes");
     do {
         if (files_.rejects) files_.rejects->write(reader_.reader().text());
     } while (reader_.reader().nextPart());
     if (files_.rejects) files_.rejects->write("\n");
-    if (reader_.isCutOff()) console_.error(reader_.place(), "cut off: the run was interrupted");
+    if (reader_.isCutOff()) console_.error(lastPlace_, "cut off: the run was interrupted");
 }
 
 void Replay::commit(const Work& work) {
     console_.resumed();
     for (const EventBatch::Entry& entry : work.batch.entries()) commit(entry);
+    if (!work.batch.entries().empty()) lastPlace_ = work.batch.entries().back().place;
 
     // What was processed is counted, so none of it is kept from the other files if one fails.
     const auto write = [&](std::optional<OutputFile>& file, const std::string& text) {

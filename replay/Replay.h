@@ -51,6 +51,8 @@ public:
     void run();
 
     const Counts& counts() const { return counts_; }
+    /// The last line of which everything is written; none if it has no number.
+    const LinePlace& lastPlace() const { return lastPlace_; }
     /// Whether it has come to the end of the inputs, and has had no reason to stop before.
     bool isComplete() const { return hasReachedEnd_ && lastTicket_ == kNoTicket; }
 
@@ -97,6 +99,7 @@ private:
     Turnstile processing_;  // for the pipeline
     Turnstile writing_;     // for the files, the console and what follows
     Counts counts_;
+    LinePlace lastPlace_;
     bool hasGoneTooFar_ = false;  // with reports about reports
 
     std::atomic<uint64_t> lastTicket_ = kNoTicket;  // batches after it are discarded

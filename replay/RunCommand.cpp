@@ -134,6 +134,15 @@ ExitStatus checkExpectations(const Expectations& expectations, const Replay& rep
     return failures.empty() ? status : ExitStatus::BadInput;
 }
 
+/// A pipe may have brought more, which nobody can read again, and a file can be read from there.
+void sayInterrupted(const Replay& replay, Console& console) {
+    if (interruption() == SIGINT) console.endLine();
+    if (replay.isComplete()) return;
+    const LinePlace& place = replay.lastPlace();
+    console.note(place.line > 0 ? toText(place) + ": interrupted after this line"
+                                : "interrupted before the first line");
+}
+
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
     Watchers watchers;
     if (files.expectations) watchers.expectations.emplace(readExpectations(*files.expectations));
@@ -151,7 +160,7 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     const auto start = std::chrono::steady_clock::now();
     bool usable = console.attempt([&] { replay.run(); });
     console.hideStatus();
-    if (interruption() == SIGINT) console.endLine();
+    if (interruption() != 0) sayInterrupted(replay, console);
     usable &= closeEventFiles(files, console);
     usable &= console.attempt([&] { device.handBackSequenceNumbers(); });
     facts.elapsed = std::chrono::steady_clock::now() - start;

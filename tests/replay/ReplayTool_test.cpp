@@ -194,6 +194,7 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
         {"$TOOL run in -o old --schema link", "cannot read events from in: it is the event schema\n"},
         {"$TOOL run -o old --schema s --store s", "cannot read s: it is part of the store\n"},
         {"$TOOL run in -o old --store odd", "cannot use odd: no such column: value\n"},
+        {"$TOOL run in -o old --store other", "cannot use other: it is no store but the database of something else\n"},
         {"$TOOL schema lookup none a", "cannot open none: No such file or directory\n"},
         {"$TOOL schema check in >/dev/full", "cannot write <stdout>: No space left on device\n"},
         {"$TOOL run in -o old --device old", "cannot write old: it is an input\n"},
@@ -206,6 +207,7 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
     const std::string content = std::string(kGoodLine) + "\n{\n";
     StoreFile bad(folder_ / "bad");
     StoreFile(folder_ / "odd").run("CREATE TABLE key_values(kind, store, key)");
+    StoreFile(folder_ / "other").run("CREATE TABLE bookmarks(url)");
     bad.run("CREATE TABLE sequence_numbers(sequence TEXT PRIMARY KEY, next)");
     bad.run("INSERT INTO sequence_numbers VALUES('global', -7)");
     for (const auto& [command, message] : cases) {
@@ -229,7 +231,9 @@ TEST_F(ReplayTool, FollowsALiveStream) {
     write("e", R"({"events":{"launch":{"kept":1}}})");
     EXPECT_EQ(sh(start + "kill -INT $!; wait $!"), 130);
     EXPECT_EQ(readOwn("out"), kGoodOutput);
-    EXPECT_TRUE(read("err").starts_with(summary(1, 1, 2, 0, 0, read("in").size() + 1))) << read("err");
+    EXPECT_TRUE(read("err").starts_with("<stdin>:1: interrupted after this line\n" +
+                                        summary(1, 1, 2, 0, 0, read("in").size() + 1)))
+        << read("err");
     EXPECT_TRUE(read("err").ends_with(unchecked)) << read("err");
     EXPECT_EQ(sh(start + "kill $!; wait $!"), 143);
 
