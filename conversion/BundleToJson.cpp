@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <set>
 #include <string_view>
 #include <vector>
@@ -57,10 +58,18 @@ bool convertValue(const PersistableBundle& bundle, Getter<T> get, const String16
     return true;
 }
 
-/// Merges the nested bundle into `json`; the bundle itself stays as it is.
-bool convertNested(const PersistableBundle& bundle, const String16& key, Json::Value& json) {
-    PersistableBundle nested;
-    return bundle.getPersistableBundle(key, &nested) && convertBundleToJson(nested, json);
+bool convertBundle(PersistableBundle& bundle, Json::Value& json, unsigned depth);
+
+/// Merges the nested bundle into `json`. `depth` counts the bundles that stand around it; the outermost is the
+/// caller's and keeps what it holds.
+bool convertNested(PersistableBundle& bundle, const String16& key, Json::Value& json, unsigned depth) {
+    if (depth >= kMaxNesting) return false;
+    // Not on the stack, of which the maps of a bundle would take half a kilobyte at each level.
+    const auto nested = std::make_unique<PersistableBundle>();
+    if (!bundle.getPersistableBundle(key, nested.get())) return false;
+    // Copies that hold copies would take memory by the square of the depth.
+    if (depth > 1) bundle.erase(key);
+    return convertBundle(*nested, json, depth + 1);
 }
 
 /// The names of the members that an object had before anything was written to it, ascending as jsoncpp keeps them. The
@@ -97,27 +106,30 @@ bool convertMembers(const PersistableBundle& bundle, const Keys& keys, Getter<T>
     return true;
 }
 
-bool convertObject(const PersistableBundle& bundle, Json::Value& json) {
+/// All but the nested bundles. Not inlined: nested bundles are converted by recursion, and the sets of keys would stand
+/// on the stack at each level.
+[[gnu::noinline]] bool convertFlatMembers(const PersistableBundle& bundle, Json::Value& json) {
+    const MemberNames earlier(json);
+    return convertMembers<bool>(bundle, bundle.getBooleanKeys(), &PersistableBundle::getBoolean, earlier, json) &&
+           convertMembers<int32_t>(bundle, bundle.getIntKeys(), &PersistableBundle::getInt, earlier, json) &&
+           convertMembers<int64_t>(bundle, bundle.getLongKeys(), &PersistableBundle::getLong, earlier, json) &&
+           convertMembers<double>(bundle, bundle.getDoubleKeys(), &PersistableBundle::getDouble, earlier, json) &&
+           convertMembers<String16>(bundle, bundle.getStringKeys(), &PersistableBundle::getString, earlier, json) &&
+           convertMembers<std::vector<String16>>(bundle, bundle.getStringVectorKeys(),
+                                                 &PersistableBundle::getStringVector, earlier, json);
+}
+
+bool convertObject(PersistableBundle& bundle, Json::Value& json, unsigned depth) {
     if (!json.isObject() && !json.isNull()) return false;
     if (bundle.empty()) return true;
-
-    const MemberNames earlier(json);
-    const bool scalarsConverted =
-        convertMembers<bool>(bundle, bundle.getBooleanKeys(), &PersistableBundle::getBoolean, earlier, json) &&
-        convertMembers<int32_t>(bundle, bundle.getIntKeys(), &PersistableBundle::getInt, earlier, json) &&
-        convertMembers<int64_t>(bundle, bundle.getLongKeys(), &PersistableBundle::getLong, earlier, json) &&
-        convertMembers<double>(bundle, bundle.getDoubleKeys(), &PersistableBundle::getDouble, earlier, json) &&
-        convertMembers<String16>(bundle, bundle.getStringKeys(), &PersistableBundle::getString, earlier, json) &&
-        convertMembers<std::vector<String16>>(bundle, bundle.getStringVectorKeys(), &PersistableBundle::getStringVector,
-                                              earlier, json);
-    if (!scalarsConverted) return false;
+    if (!convertFlatMembers(bundle, json)) return false;
 
     // Deliberate: nested bundles are merged whatever was there before. An earlier member that is no object therefore
     // fails the call, and an empty nested bundle leaves null.
     std::string name;
     for (const String16& key : bundle.getPersistableBundleKeys()) {
         toUtf8(key, name);
-        if (!convertNested(bundle, key, json[name])) return false;
+        if (!convertNested(bundle, key, json[name], depth)) return false;
     }
     return true;
 }
@@ -150,29 +162,38 @@ struct ElementKeys {
     const Keys bundles;
 };
 
-bool convertElement(const PersistableBundle& bundle, const ElementKeys& keys, const String16& key, Json::Value& json) {
+/// Any but a nested bundle. Not inlined, for the same reason.
+[[gnu::noinline]] bool convertFlatElement(const PersistableBundle& bundle, const ElementKeys& keys, const String16& key,
+                                          Json::Value& json) {
     if (keys.booleans.count(key)) return convertValue<bool>(bundle, &PersistableBundle::getBoolean, key, json);
     if (keys.ints.count(key)) return convertValue<int32_t>(bundle, &PersistableBundle::getInt, key, json);
     if (keys.longs.count(key)) return convertValue<int64_t>(bundle, &PersistableBundle::getLong, key, json);
     if (keys.doubles.count(key)) return convertValue<double>(bundle, &PersistableBundle::getDouble, key, json);
     if (keys.strings.count(key)) return convertValue<String16>(bundle, &PersistableBundle::getString, key, json);
-    if (keys.bundles.count(key)) return convertNested(bundle, key, json);
     return false;
 }
 
-bool convertArray(const PersistableBundle& bundle, Json::Value& json) {
+bool convertArray(PersistableBundle& bundle, Json::Value& json, unsigned depth) {
     if (!json.isNull()) return false;
 
-    const ElementKeys keys(bundle);
-    const size_t count = keys.united().size();
-    if (count != keys.count()) return false;  // a key of two types
+    const auto keys = std::make_unique<const ElementKeys>(bundle);  // not on the stack, as above
+    const size_t count = keys->united().size();
+    if (count != keys->count()) return false;  // a key of two types
 
     // Deliberate: an array that fails below keeps this size, with nulls where elements were not reached.
     json.resize(static_cast<Json::ArrayIndex>(count));
     for (Json::ArrayIndex i = 0; i < count; ++i) {
-        if (!convertElement(bundle, keys, String16(std::to_string(i).c_str()), json[i])) return false;
+        const String16 key(std::to_string(i).c_str());
+        const bool isConverted = keys->bundles.count(key) ? convertNested(bundle, key, json[i], depth)
+                                                          : convertFlatElement(bundle, *keys, key, json[i]);
+        if (!isConverted) return false;
     }
     return true;
+}
+
+bool convertBundle(PersistableBundle& bundle, Json::Value& json, unsigned depth) {
+    const bool isArray = bundle.erase(arrayMarker()) > 0;
+    return isArray ? convertArray(bundle, json, depth) : convertObject(bundle, json, depth);
 }
 
 template <typename T>
@@ -203,10 +224,7 @@ bool hasArrayMarker(const PersistableBundle& bundle) {
            holds<PersistableBundle>(bundle, &PersistableBundle::getPersistableBundle, key);
 }
 
-bool convertBundleToJson(PersistableBundle& bundle, Json::Value& json) {
-    const bool isArray = bundle.erase(arrayMarker()) > 0;
-    return isArray ? convertArray(bundle, json) : convertObject(bundle, json);
-}
+bool convertBundleToJson(PersistableBundle& bundle, Json::Value& json) { return convertBundle(bundle, json, 1); }
 
 Json::Value getScalarValueFromBundle(const PersistableBundle& bundle, const std::string& key) {
     const String16 key16 = toString16(key.c_str());

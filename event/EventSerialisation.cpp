@@ -9,6 +9,7 @@
 
 #include "conversion/ArrayMarker.h"
 #include "conversion/CompactJson.h"
+#include "conversion/Nesting.h"
 #include "event/JsonValueOf.h"
 #include "processor/TraceSlice.h"
 #include "telemetry/BundleToJson.h"
@@ -51,7 +52,9 @@ const Json::Value& jsonValueOf(TelemetryEvent& event, Json::Value& copy) {
     // A service may be compiled without type information, so that `typeid` must not be asked about its classes.
     static const void* const ownClass = classOf(TelemetryEventBundle({}, 0, false));
     if (classOf(event) == ownClass) return static_cast<TelemetryEventBundle&>(event).convertedData();
-    return copy = event.getJsonValue();
+    copy = event.getJsonValue();
+    if (nestsDeeperThan(kMaxNesting, copy)) dismantle(copy);
+    return copy;
 }
 
 const std::string& TelemetryEventBundle::getJsonString() {

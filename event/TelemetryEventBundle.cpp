@@ -1,10 +1,14 @@
 #include "telemetry/TelemetryEventBundle.h"
 
+#include <android/log.h>
+
 #include <charconv>
 #include <limits>
 #include <utility>
 
+#include "conversion/JsonComparison.h"
 #include "conversion/JsonNumber.h"
+#include "conversion/Nesting.h"
 #include "telemetry/BundleToJson.h"
 
 namespace Velo::OS::Telemetry {
@@ -44,6 +48,11 @@ TelemetryEventBundle::TelemetryEventBundle(const std::string& name, Json::Value 
                                            IntakeFormat format)
     : uid_(uid), intakeFormat_(format) {
     document_[Json::StaticString(kNameMember)] = name;
+    if (nestsDeeperThan(kMaxNesting, data)) {
+        // Like any data that is no object: the event goes on without members and its text is empty, which is logged.
+        dismantle(data);
+        data = Json::arrayValue;
+    }
     document_[Json::StaticString(kDataMember)] = std::move(data);
     // Deliberate: an event that arrives as JSON is never a priority event, whatever its data says.
     addToJsonEventMetadata("realtime", false);
@@ -66,7 +75,7 @@ TelemetryEventBundle& TelemetryEventBundle::operator=(TelemetryEventBundle&& oth
 TelemetryEventBundle::~TelemetryEventBundle() = default;
 
 bool TelemetryEventBundle::operator==(TelemetryEventBundle& other) {
-    return bundle_ == other.bundle_ && document_.compare(other.document_) == 0;
+    return bundle_ == other.bundle_ && isSameJson(document_, other.document_);
 }
 
 /// "data" is the first member by name, so that it need not be looked up. Of an event that was moved from there is none.
@@ -117,6 +126,12 @@ Json::Value TelemetryEventBundle::getFromEventMetadata(const std::string& key) c
 
 void TelemetryEventBundle::addToJsonEventMetadata(const std::string& key, Json::Value&& value) {
     cachedJson_.reset();
+    if (nestsDeeperThan(kMaxNesting - 1, value)) {
+        __android_log_print(ANDROID_LOG_WARN, "TelemetryService",
+                            "Member [%s] of event [name: %s] is nested too deep and was not added.", key.c_str(),
+                            name().c_str());
+        return dismantle(value);
+    }
     Json::Value& target = data();
     // Data that is no object has no members; its conversion fails, and with it the event's JSON text.
     if (target.isObject() || target.isNull()) target[key] = std::move(value);

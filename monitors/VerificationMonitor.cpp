@@ -1,6 +1,7 @@
 #include "telemetry/VerificationMonitor.h"
 
 #include "conversion/CompactJson.h"
+#include "conversion/Nesting.h"
 #include "event/JsonValueOf.h"
 #include "monitors/CityHash64.h"
 #include "monitors/MonitorEvent.h"
@@ -26,6 +27,16 @@ std::pair<std::string, uint32_t> textOf(const Fields& fields, const std::set<std
         ++count;
     }
     return {std::move(text), count};
+}
+
+void addFields(const Json::Value& object, Fields& fields) {
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        if (member->isObject()) {
+            addFields(*member, fields);
+        } else {
+            fields.try_emplace(toCompactJson(member.name()), toCompactJson(*member));
+        }
+    }
 }
 
 /// Deliberate: reports hold ints, so half of what they are given is lost.
@@ -71,18 +82,12 @@ std::pair<std::string, uint32_t> VerificationMonitor::sortEventFields(
     Json::Value data, std::set<std::string> excludedKeys) {
     Fields fields;
     convertObjectToMap(data, fields);
+    if (nestsDeeperThan(kMaxNesting, data)) dismantle(data);
     return textOf(fields, excludedKeys);
 }
 
 void VerificationMonitor::convertObjectToMap(const Json::Value& object, std::map<std::string, std::string>& fields) {
-    if (!object.isObject()) return;
-    for (auto member = object.begin(); member != object.end(); ++member) {
-        if (member->isObject()) {
-            convertObjectToMap(*member, fields);
-        } else {
-            fields.try_emplace(toCompactJson(member.name()), toCompactJson(*member));
-        }
-    }
+    if (object.isObject() && !nestsDeeperThan(kMaxNesting, object)) addFields(object, fields);
 }
 
 }  // namespace Velo::OS::Telemetry

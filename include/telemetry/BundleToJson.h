@@ -6,6 +6,7 @@
 #include <string>
 
 #include "telemetry/Export.h"
+#include "telemetry/NestingLimit.h"
 
 namespace Velo::OS::Telemetry {
 
@@ -19,8 +20,10 @@ namespace Velo::OS::Telemetry {
 /// Vectors of other types are left out; so are string vectors that are elements of an array.
 ///
 /// Returns false, and leaves in `json` what was written until then, when `json` is of the wrong kind, an array has a
-/// gap, a key that is no index or a key of two types, or a double is not finite. Never throws. Strings and keys end at
-/// their first NUL.
+/// gap, a key that is no index or a key of two types, a double is not finite, or more than `kMaxNesting` bundles stand
+/// inside one another. Never throws. Strings and keys end at their first NUL.
+///
+/// The platform hands out nested bundles as copies, so the time grows with the square of the depth.
 TELEMETRY_EXPORT bool convertBundleToJson(android::os::PersistableBundle& bundle, Json::Value& json);
 
 /// The scalar (bool, int, long, double or string, looked for in this order) that the bundle's top level holds under

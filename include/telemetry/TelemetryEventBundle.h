@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include "telemetry/NestingLimit.h"
 #include "telemetry/TelemetryEvent.h"
 
 namespace Velo::OS::Telemetry {
@@ -14,6 +15,8 @@ namespace Velo::OS::Telemetry {
 ///
 /// The bundle is never modified. Added values live in the data beside it; the first operation that needs the whole
 /// data as JSON converts the bundle into it, once, where values already added win over the bundle's.
+///
+/// The data nests no deeper than `kMaxNesting`: see `NestingLimit.h`. Bundles are copied before their depth is known.
 ///
 /// The data members and their order are ABI: services allocate events themselves.
 class TELEMETRY_EXPORT TelemetryEventBundle : public TelemetryEvent {
@@ -24,7 +27,7 @@ public:
     /// A bundle event with an empty bundle.
     TelemetryEventBundle(const std::string& name, unsigned int uid, bool realtime);
     /// A JSON event, never realtime. `data` is to be an object (or null, which counts as an empty one); with anything
-    /// else no member can be read or added, and the JSON text is empty.
+    /// else, and with what nests deeper than `kMaxNesting`, no member can be read or added, and the JSON text is empty.
     TelemetryEventBundle(const std::string& name, Json::Value data, unsigned int uid, IntakeFormat format);
     /// Deliberate: properties, conversion state and both caches do not come along, so a moved event is converted anew,
     /// which fails if its data already holds an array from the bundle. The bundle is copied, so it may throw.
@@ -79,7 +82,8 @@ public:
     /// The value under `key`: from the data, else, until the bundle has been converted, a scalar of the bundle, else
     /// null.
     Json::Value getFromEventMetadata(const std::string& key) const;
-    /// Sets the member `key` of the data.
+    /// Sets the member `key` of the data. A value with which the data would nest deeper than `kMaxNesting` is logged as
+    /// a warning and not added: the member stays as it was. `addJson` is the same.
     void addToJsonEventMetadata(const std::string& key, Json::Value&& value);
     /// "utl_logging_pathway", if it is a string.
     std::optional<std::string> getLoggingPathway() const;

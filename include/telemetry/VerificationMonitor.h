@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "telemetry/IMonitor.h"
+#include "telemetry/NestingLimit.h"
 
 namespace Velo::OS::Telemetry {
 
@@ -43,6 +44,7 @@ public:
     std::pair<std::string, uint32_t> sortEventFields(Json::Value data, std::set<std::string> excludedKeys);
     /// Adds the fields of an object to the map, keys and values as compact JSON. The fields of an object within it
     /// count as its own, at any depth; of several fields with one key the first counts, in the order of the keys.
+    /// Adds none of an object that nests deeper than `kMaxNesting`.
     void convertObjectToMap(const Json::Value& object, std::map<std::string, std::string>& fields);
 };
 

@@ -8,6 +8,7 @@
 #include "telemetry/BundleToJson.h"
 #include "telemetry/JsonToBundle.h"
 #include "tests/fakes/Payloads.h"
+#include "tests/fakes/SmallStack.h"
 
 namespace Velo::OS::Telemetry {
 
@@ -177,6 +178,23 @@ TEST(JsonToBundle, ParsesOrReturnsFalse) {
         Json::Value out;
         EXPECT_FALSE(getJsonFromString(bad.c_str(), out)) << bad;
         EXPECT_TRUE(getJsonFromString("[1] trailing text is no error", out) && text(out) == "[1]") << "after " << bad;
+    }
+}
+
+TEST(Nesting, IsConvertedBothWaysUpToTheLimitAndRefusedBeyond) {
+    for (const Json::ValueType type : {Json::arrayValue, Json::objectValue}) {
+        fakes::onSmallStack([&] {
+            Bundle bundle;
+            ASSERT_TRUE(convertJsonToBundle("k", fakes::nested(kMaxNesting, type), bundle));
+            Bundle deepest, back;
+            Json::Value json;
+            ASSERT_TRUE(bundle.getPersistableBundle(String16("k"), &deepest));
+            EXPECT_TRUE(convertBundleToJson(deepest, json));
+            EXPECT_EQ(json, fakes::nested(kMaxNesting, type));
+            EXPECT_FALSE(convertBundleToJson(bundle, json = Json::Value())) << "one level more";
+            EXPECT_FALSE(convertJsonToBundle("k", fakes::nested(kMaxNesting + 1, type), back));
+            EXPECT_TRUE(back.empty());
+        });
     }
 }
 

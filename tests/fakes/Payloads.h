@@ -6,6 +6,7 @@
 
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Velo::OS::Telemetry::fakes {
@@ -27,6 +28,16 @@ inline std::string text(const Json::Value& value) {
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "";
     return Json::writeString(builder, value);
+}
+
+/// Arrays or objects inside one another, made and passed on without recursion.
+inline Json::Value nested(unsigned depth, Json::ValueType type) {
+    Json::Value value(true);
+    while (depth-- > 0) {
+        Json::Value inner = std::exchange(value, Json::Value(type));
+        (type == Json::arrayValue ? value[0U] : value["k"]) = std::move(inner);
+    }
+    return value;
 }
 
 /// A bundle with the members of an object: bools, ints, longs beyond 32 bits, doubles, strings, string vectors (arrays)
