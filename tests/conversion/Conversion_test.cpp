@@ -182,20 +182,17 @@ TEST(JsonToBundle, ParsesOrReturnsFalse) {
 }
 
 TEST(Nesting, IsConvertedBothWaysUpToTheLimitAndRefusedBeyond) {
-    for (const Json::ValueType type : {Json::arrayValue, Json::objectValue}) {
-        fakes::onSmallStack([&] {
-            Bundle bundle;
-            ASSERT_TRUE(convertJsonToBundle("k", fakes::nested(kMaxNesting, type), bundle));
-            Bundle deepest, back;
-            Json::Value json;
-            ASSERT_TRUE(bundle.getPersistableBundle(String16("k"), &deepest));
-            EXPECT_TRUE(convertBundleToJson(deepest, json));
-            EXPECT_EQ(json, fakes::nested(kMaxNesting, type));
-            EXPECT_FALSE(convertBundleToJson(bundle, json = Json::Value())) << "one level more";
-            EXPECT_FALSE(convertJsonToBundle("k", fakes::nested(kMaxNesting + 1, type), back));
-            EXPECT_TRUE(back.empty());
-        });
-    }
+    fakes::onSmallStack([] {
+        Bundle outer, bundle, none;
+        Json::Value json;
+        ASSERT_TRUE(convertJsonToBundle("k", fakes::nested(kMaxNesting), outer));
+        ASSERT_TRUE(outer.getPersistableBundle(String16("k"), &bundle));
+        EXPECT_TRUE(convertBundleToJson(bundle, json));
+        EXPECT_TRUE(json == fakes::nested(kMaxNesting));
+        EXPECT_FALSE(convertBundleToJson(outer, json = Json::Value())) << "one level more";
+        EXPECT_FALSE(convertJsonToBundle("k", fakes::nested(kMaxNesting + 1), none));
+        EXPECT_TRUE(none.empty());
+    });
 }
 
 }  // namespace Velo::OS::Telemetry

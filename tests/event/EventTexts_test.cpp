@@ -5,8 +5,10 @@
 #include <random>
 
 #include "telemetry/TelemetryEventBundle.h"
+#include "telemetry/VerificationMonitor.h"
 #include "tests/fakes/LogCapture.h"
 #include "tests/fakes/Payloads.h"
+#include "tests/fakes/SmallStack.h"
 
 namespace Velo::OS::Telemetry {
 
@@ -124,6 +126,68 @@ TEST(Serialisation, IsWhatJsoncppWrites) {
         header[key] = property;
         ASSERT_EQ(e.getJsonBatchHeaderString(), text(header));
     }
+}
+
+TEST(Equality, IsWhatJsoncppsCompareFinds) {
+    std::vector<Json::Value> values{Json::Value(1U), Json::Value(), Json::Value()};
+    values[1][1] = 1;  // an array whose first element was never set
+    for (const char* value : {"[null,1]",
+                              "[]",
+                              "{}",
+                              "0",
+                              "0.0",
+                              "-0.0",
+                              "1",
+                              "1.0",
+                              "2.5",
+                              "NaN",
+                              R"("")",
+                              R"("\u0000")",
+                              "false",
+                              "true",
+                              R"({"a":1})",
+                              R"({"a":NaN})",
+                              R"({"a":2.5})",
+                              R"({"b":1})",
+                              R"({"a":1,"b":1})",
+                              "[1]",
+                              "[1,2]",
+                              "[[1]]",
+                              R"(["a\u0000b"])",
+                              R"(["a\u0000c"])"}) {
+        values.push_back(parsed(value));
+    }
+    for (const Json::Value& left : values) {
+        for (const Json::Value& right : values) {
+            TelemetryEventBundle one = event("{}"), other = event("{}");
+            one.addJson("k", Json::Value(left));
+            other.addJson("k", Json::Value(right));
+            EXPECT_EQ(one == other, left.compare(right) == 0) << left << right;
+        }
+    }
+}
+
+TEST(Nesting, OfTheDataIsKeptUpToTheLimitAndRefusedBeyond) {
+    fakes::LogCapture log;
+    fakes::onSmallStack([&] {
+        TelemetryEventBundle e("e", fakes::nested(kMaxNesting), 1, IntakeFormat::JsonBundle);
+        TelemetryEventBundle same("e", e.getJsonValue(), 1, IntakeFormat::JsonBundle);
+        EXPECT_GT(e.getDebugString().size(), 3 * kMaxNesting);
+        EXPECT_TRUE(e == same) << "and in no time";
+        same.addJson("k", fakes::nested(kMaxNesting - 1));
+        EXPECT_FALSE(e == same);
+        EXPECT_EQ(log.take(), Lines());
+
+        TelemetryEventBundle refused("e", fakes::nested(100'000), 1, IntakeFormat::JsonBundle);
+        EXPECT_EQ(refused.getJsonString(), "");
+        e.addJson("k", fakes::nested(kMaxNesting));
+        EXPECT_GT(e.getJsonString().size(), 3 * kMaxNesting) << "the member stays";
+        EXPECT_EQ(VerificationMonitor({}).sortEventFields(fakes::nested(100'000), {}).second, 0U);
+    });
+    const Lines refusals = {
+        "5 TelemetryService: Event [name: e] wasn't successfully converted to json.",
+        "5 TelemetryService: Member [k] of event [name: e] is nested too deep and was not added."};
+    EXPECT_EQ(log.take(), refusals);
 }
 
 TEST(Serialisation, TheTextIsKeptUntilSomethingIsAdded) {

@@ -30,12 +30,12 @@ inline std::string text(const Json::Value& value) {
     return Json::writeString(builder, value);
 }
 
-/// Arrays or objects inside one another, made and passed on without recursion.
-inline Json::Value nested(unsigned depth, Json::ValueType type) {
+/// Arrays and objects by turns inside one another, an object outermost; made and passed on without recursion.
+inline Json::Value nested(unsigned depth) {
     Json::Value value(true);
-    while (depth-- > 0) {
-        Json::Value inner = std::exchange(value, Json::Value(type));
-        (type == Json::arrayValue ? value[0U] : value["k"]) = std::move(inner);
+    for (; depth > 0; --depth) {
+        Json::Value inner = std::exchange(value, Json::Value());
+        (depth % 2 == 0 ? value[0U] : value["k"]) = std::move(inner);
     }
     return value;
 }
