@@ -190,8 +190,7 @@ TEST(Nesting, IsConvertedBothWaysUpToTheLimitAndRefusedBeyond) {
         EXPECT_TRUE(convertBundleToJson(bundle, json));
         EXPECT_TRUE(json == fakes::nested(kMaxNesting));
         EXPECT_FALSE(convertBundleToJson(outer, json = Json::Value())) << "one level more";
-        EXPECT_FALSE(convertJsonToBundle("k", fakes::nested(kMaxNesting + 1), none));
-        EXPECT_TRUE(none.empty());
+        EXPECT_FALSE(convertJsonToBundle("k", fakes::nested(kMaxNesting + 1), none) || !none.empty());
     });
 }
 
