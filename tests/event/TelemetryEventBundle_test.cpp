@@ -179,6 +179,9 @@ TEST(TelemetryEventBundle, MoveConstructionForgets) {
     EXPECT_TRUE(source.getFromEventMetadata("marker_id").isNull()) << "nor is its bundle asked";
     source.addInt("k", 1);
     EXPECT_EQ(source.getJsonString(), R"({"k":1})");
+    TelemetryEventBundle array = bundleEvent(R"({"utl_array_of_bundles":true,"0":5})");
+    const TelemetryEventBundle elsewhere(std::move(array));
+    EXPECT_EQ(array.getJsonString(), "[5]");  // NOLINT(bugprone-use-after-move): without data its bundle can be an array
 }
 
 TEST(TelemetryEventBundle, MoveAssignmentReplacesBundleAndDocumentAlone) {

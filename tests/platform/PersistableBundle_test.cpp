@@ -17,7 +17,7 @@ struct OneKey {
                    const T& value) {
         T out{};
         EXPECT_FALSE((bundle.*get)(key, &out) || out != T{}) << "another type holds the key; nothing is written";
-        (bundle.*put)(key, value);
+        for (int i = 0; i < 2; ++i) (bundle.*put)(key, value);  // over another type, then over itself
         EXPECT_TRUE((bundle.*get)(key, &out) && out == value);
         EXPECT_EQ((bundle.*keys)().count(key), 1U);
         EXPECT_EQ(bundle.size(), 1U) << "what the key held before is gone";
