@@ -181,7 +181,7 @@ TEST(TelemetryEventBundle, MoveConstructionForgets) {
     EXPECT_EQ(source.getJsonString(), R"({"k":1})");
     TelemetryEventBundle array = bundleEvent(R"({"utl_array_of_bundles":true,"0":5})");
     const TelemetryEventBundle elsewhere(std::move(array));
-    EXPECT_EQ(array.getJsonString(), "[5]");  // NOLINT(bugprone-use-after-move): without data its bundle can be an array
+    EXPECT_EQ(array.getJsonString(), "[5]");  // NOLINT(bugprone-use-after-move): no data is in the way
 }
 
 TEST(TelemetryEventBundle, MoveAssignmentReplacesBundleAndDocumentAlone) {
