@@ -210,7 +210,7 @@ TEST_F(Monitors, VerifiedEventsAreFingerprinted) {
     std::map<std::string, std::string> fields = {{"\"b\"", "0"}};
     monitor.convertObjectToMap(fakes::parsed(R"({"a":[1],"b":1})"), fields);
     EXPECT_EQ(fields, (std::map<std::string, std::string>{{"\"a\"", "[1]"}, {"\"b\"", "0"}}));
-    EXPECT_EQ(monitor.sortEventFields(Json::Value(), {}), std::make_pair(std::string(), 0U));
+    EXPECT_EQ(monitor.sortEventFields(fakes::parsed("[1]"), {}), std::make_pair(std::string(), 0U));
 }
 
 // Of texts from length 0 on, as hashed by the C++ library whose hash it is. Byte i of the text of length n is
