@@ -1,12 +1,13 @@
 #include "telemetry/DeviceIDApplier.h"
 
+#include "conversion/Immortal.h"
 #include "telemetry/TelemetrySettingsManager.h"
 
 namespace Velo::OS::Telemetry {
 
 namespace {
 
-const std::string kMorlekDeviceId = "morlek_device_id";
+const std::string& kMorlekDeviceId = immortal<std::string>("morlek_device_id");
 
 }  // namespace
 
@@ -18,12 +19,12 @@ EventResult DeviceIDApplier::apply(std::unique_ptr<TelemetryEvent> event) {
 }
 
 std::string DeviceIDApplier::getTelemetryDeviceId() {
-    static const std::string id = getSettings()->getTelemetryDeviceId().value_or(std::string());
+    static const std::string& id = immortal<std::string>(getSettings()->getTelemetryDeviceId().value_or(std::string()));
     return id;
 }
 
 std::string DeviceIDApplier::getMorlekDeviceId() {
-    static const std::string id = getSettings()->getMorlekDeviceId().value_or(std::string());
+    static const std::string& id = immortal<std::string>(getSettings()->getMorlekDeviceId().value_or(std::string()));
     return id;
 }
 

@@ -1,14 +1,15 @@
 #include "telemetry/DeviceSettingApplier.h"
 
 #include "appliers/EventOrigin.h"
+#include "conversion/Immortal.h"
 #include "telemetry/TelemetrySettingsManager.h"
 
 namespace Velo::OS::Telemetry {
 
 namespace {
 
-const std::string kManagedMode = "managed_mode";
-const std::string kAccountMode = "account_mode";
+const std::string& kManagedMode = immortal<std::string>("managed_mode");
+const std::string& kAccountMode = immortal<std::string>("account_mode");
 
 }  // namespace
 

@@ -2,11 +2,13 @@
 
 #include <utility>
 
+#include "conversion/Immortal.h"
+
 namespace Velo::OS::Telemetry {
 
 namespace {
 
-const std::string kId = "id";
+const std::string& kId = immortal<std::string>("id");
 
 }  // namespace
 

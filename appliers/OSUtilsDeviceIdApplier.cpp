@@ -2,11 +2,13 @@
 
 #include <android-base/properties.h>
 
+#include "conversion/Immortal.h"
+
 namespace Velo::OS::Telemetry {
 
 namespace {
 
-const std::string kDeviceSerial = "device_serial";
+const std::string& kDeviceSerial = immortal<std::string>("device_serial");
 
 }  // namespace
 
@@ -18,12 +20,13 @@ EventResult OSUtilsDeviceIdApplier::apply(std::unique_ptr<TelemetryEvent> event)
 }
 
 const std::string& OSUtilsDeviceIdApplier::getDeviceSerialNumber() {
-    static const std::string serial = android::base::GetProperty("ro.serialno", "Unknown");
+    static const std::string& serial = immortal<std::string>(android::base::GetProperty("ro.serialno", "Unknown"));
     return serial;
 }
 
 const std::string& OSUtilsDeviceIdApplier::getDeviceModelExtended() {
-    static const std::string model = android::base::GetProperty("ro.vendor.product.model_extended", "Unknown");
+    static const std::string& model =
+        immortal<std::string>(android::base::GetProperty("ro.vendor.product.model_extended", "Unknown"));
     return model;
 }
 

@@ -2,17 +2,18 @@
 
 #include <utility>
 
+#include "conversion/Immortal.h"
 #include "telemetry/AppOverrideManager.h"
 
 namespace Velo::OS::Telemetry {
 
 namespace {
 
-const std::string kPackage = "sdk_app_package";
-const std::string kVersionName = "sdk_app_package_version_name";
-const std::string kVersionCode = "sdk_app_package_version_code";
-const std::string kForegroundPackage = "fg_app_package_name";
-const std::string kForegroundVersion = "fg_app_package_version";
+const std::string& kPackage = immortal<std::string>("sdk_app_package");
+const std::string& kVersionName = immortal<std::string>("sdk_app_package_version_name");
+const std::string& kVersionCode = immortal<std::string>("sdk_app_package_version_code");
+const std::string& kForegroundPackage = immortal<std::string>("fg_app_package_name");
+const std::string& kForegroundVersion = immortal<std::string>("fg_app_package_version");
 
 }  // namespace
 

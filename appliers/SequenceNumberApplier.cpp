@@ -2,12 +2,14 @@
 
 #include <utility>
 
+#include "conversion/Immortal.h"
+
 namespace Velo::OS::Telemetry {
 
 namespace {
 
-const std::string kGlobalSequenceNumber = "global_sequence_number";
-const std::string kPerTypeSequenceNumber = "per_type_sequence_number";
+const std::string& kGlobalSequenceNumber = immortal<std::string>("global_sequence_number");
+const std::string& kPerTypeSequenceNumber = immortal<std::string>("per_type_sequence_number");
 
 }  // namespace
 

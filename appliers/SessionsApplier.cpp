@@ -5,16 +5,17 @@
 
 #include "appliers/EventOrigin.h"
 #include "appliers/SessionExemptEvents.h"
+#include "conversion/Immortal.h"
 
 namespace Velo::OS::Telemetry {
 
 namespace {
 
-const std::string kSessions = "__sessions";
-const std::string kSessionsV2 = "__sessions_v2";
+const std::string& kSessions = immortal<std::string>("__sessions");
+const std::string& kSessionsV2 = immortal<std::string>("__sessions_v2");
 
-const std::unordered_set<std::string> exemptEvents = [] {
-    std::unordered_set<std::string> names;
+const auto& exemptEvents = []() -> auto& {
+    auto& names = immortal<std::unordered_set<std::string>>();
     for (const std::string_view name : kSessionExemptEvents) names.emplace(name);
     return names;
 }();

@@ -2,12 +2,14 @@
 
 #include <utility>
 
+#include "conversion/Immortal.h"
+
 namespace Velo::OS::Telemetry {
 
 namespace {
 
-const std::string kAdjusted = "adjusted";
-const std::string kTimestamp = "timestamp";
+const std::string& kAdjusted = immortal<std::string>("adjusted");
+const std::string& kTimestamp = immortal<std::string>("timestamp");
 
 }  // namespace
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "conversion/ArrayMarker.h"
+#include "conversion/Immortal.h"
 #include "conversion/PlatformText.h"
 
 namespace Velo::OS::Telemetry {
@@ -205,7 +206,7 @@ bool holds(const PersistableBundle& bundle, Getter<T> get, const String16& key) 
 }  // namespace
 
 const String16& arrayMarker() {
-    static const String16& key = *new String16("utl_array_of_bundles");
+    static const String16& key = immortal<String16>("utl_array_of_bundles");
     return key;
 }
 

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "conversion/Immortal.h"
 #include "guards/Rejection.h"
 #include "monitors/MonitorEvent.h"
 #include "telemetry/HealthCounterNames.h"
@@ -11,6 +12,7 @@ namespace Velo::OS::Telemetry {
 namespace {
 
 constexpr char kStatusEventName[] = "arvo_telemetry_checkpoint_status_monitor";
+const std::string& kDropCounter = immortal<std::string>(kGuardAccountCheckpointedDropped);
 
 }  // namespace
 
@@ -36,7 +38,7 @@ EventResult AccountCheckpointGuard::handle(std::unique_ptr<TelemetryEvent> event
         lastCheckpointState = checkpointed;  // a report that failed is tried again with the next event
     }
 
-    if (checkpointed) return reject(*event, kGuardAccountCheckpointedDropped, *healthCounters_);
+    if (checkpointed) return reject(*event, kDropCounter, *healthCounters_);
     return event;
 }
 

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "conversion/Immortal.h"
 #include "guards/Rejection.h"
 #include "monitors/MonitorEvent.h"
 #include "telemetry/DynamicTelemetryPerformance.h"
@@ -16,7 +17,8 @@ namespace {
 using Keys = DynamicTelemetryPerformance;
 
 constexpr uint32_t kSystemUid = 1000;
-const std::string kConfigId = Keys::kConfigId;
+const std::string& kConfigId = immortal<std::string>(Keys::kConfigId);
+const std::string& kDropCounter = immortal<std::string>(kGuardDynamicTelemetryDropped);
 
 const char* textOf(FetchOutcome outcome) {
     switch (outcome) {
@@ -84,7 +86,7 @@ EventResult DynamicTelemetryGuard::handle(std::unique_ptr<TelemetryEvent> event)
     for (const auto& log : logs.monitorLogs) report(log, callback_);
     for (const auto& fetch : manager_->takeConfigFetchLogs()) report(fetch, callback_);
 
-    if (!decision.shouldLog) return reject(*event, kGuardDynamicTelemetryDropped, *healthCounters_);
+    if (!decision.shouldLog) return reject(*event, kDropCounter, *healthCounters_);
     event->addString(kConfigId, manager_->getActiveConfigId(multiuser_get_user_id(event->uid())));
     event->setSampleRate(decision.sampleRate);
     return event;

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "conversion/Immortal.h"
 #include "conversion/JsonMember.h"
 #include "event/JsonValueOf.h"
 #include "guards/Rejection.h"
@@ -20,7 +21,8 @@ namespace {
 using Keys = MonitorEventConstants;
 
 constexpr char kConsentState[] = "consent_state";
-const std::string kTimestampMember = Keys::kEventSchemaTimestamp;
+const std::string& kTimestampMember = immortal<std::string>(Keys::kEventSchemaTimestamp);
+const std::string& kDropCounter = immortal<std::string>(kGuardFilterDropped);
 
 /// The build of the device, read once in the life of the process.
 struct Build {
@@ -89,7 +91,7 @@ EventFilterGuard::EventFilterGuard(MonitorEventCallback callback,
 
 EventResult EventFilterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    static const Build build;
+    static const Build& build = immortal<Build>();
     IEventFilteringManager& manager = *filteringManager_;
 
     Decision decision{};
@@ -122,7 +124,7 @@ EventResult EventFilterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
     if (!isKnown && !isAudit) report(decision, build, *schema, manager, callback_);
 
     if (decision.isAllowed) return event;
-    return reject(*event, kGuardFilterDropped, *healthCounters_);
+    return reject(*event, kDropCounter, *healthCounters_);
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): services were compiled against a parameter by value.

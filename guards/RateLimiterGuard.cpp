@@ -7,6 +7,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "conversion/Immortal.h"
 #include "guards/Rejection.h"
 #include "monitors/MonitorEvent.h"
 #include "telemetry/HealthCounterNames.h"
@@ -18,6 +19,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr char kBreachEventName[] = "telemetry_service_event_rate_limit_breach";
+const std::string& kDropCounter = immortal<std::string>(kGuardRateLimitDropped);
 
 // Configured values may be any; what overflows wraps around.
 
@@ -119,7 +121,7 @@ EventResult RateLimiterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (!isFormatJsonBundle(event->getIntakeFormat())) return event;
 
-    static std::unordered_map<std::string, Record> records;
+    static auto& records = immortal<std::unordered_map<std::string, Record>>();
     const std::string identifier = event->getStringIdentifier();
     Record& record = records[identifier];
     if (!record.configured) record.configure(configManager_->getRateLimitConfig(identifier));
@@ -137,7 +139,7 @@ EventResult RateLimiterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
     if (rate > 0) reportBreach(*event, identifier, rate, callback_);
 
     if (accepted) return event;
-    return reject(*event, kGuardRateLimitDropped, *healthCounters_);
+    return reject(*event, kDropCounter, *healthCounters_);
 }
 
 }  // namespace Velo::OS::Telemetry

@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "conversion/Immortal.h"
 #include "monitors/MonitorEvent.h"
 #include "telemetry/TelemetrySettingsManager.h"
 #include "telemetry/TelemetrySorelconfigs.h"
@@ -18,9 +19,9 @@ constexpr char kAuditEventName[] = "telemetry_event_intake_monitor_audit";
 /// Names of events, by the uid that logged them.
 using EventsByUid = std::unordered_map<uint32_t, std::unordered_set<std::string>>;
 
-std::mutex lock_;  // guards both; taken after a monitor's own lock
-EventsByUid reportedJsonBundleEvents;
-EventsByUid reportedOtherEvents;
+std::mutex& lock_ = immortal<std::mutex>();  // guards both; taken after a monitor's own lock
+EventsByUid& reportedJsonBundleEvents = immortal<EventsByUid>();
+EventsByUid& reportedOtherEvents = immortal<EventsByUid>();
 
 bool isReported(const EventsByUid& reported, uint32_t uid, const std::string& name) {
     const std::lock_guard<std::mutex> lock(lock_);

@@ -2,10 +2,12 @@
 
 #include <utility>
 
+#include "conversion/Immortal.h"
+
 namespace Velo::OS::Telemetry {
 
-std::unordered_map<std::string, std::unordered_map<unsigned int, bool>> MonitorEventCache::eventFilteringCache;
-std::mutex MonitorEventCache::lock_;
+MonitorEventCache::Decisions& MonitorEventCache::eventFilteringCache = immortal<Decisions>();
+std::mutex& MonitorEventCache::lock_ = immortal<std::mutex>();
 
 bool MonitorEventCache::checkAndSetFilterDecisionCache(unsigned int uid, const std::string& eventName, bool decision) {
     const std::lock_guard<std::mutex> lock(lock_);

@@ -1,6 +1,7 @@
 #include "telemetry/VerificationMonitor.h"
 
 #include "conversion/CompactJson.h"
+#include "conversion/Immortal.h"
 #include "conversion/Nesting.h"
 #include "event/JsonValueOf.h"
 #include "monitors/CityHash64.h"
@@ -12,13 +13,14 @@ namespace Velo::OS::Telemetry {
 namespace {
 
 using Fields = std::map<std::string, std::string>;
+using Keys = std::set<std::string>;
 
 // As they stand in the text, quotation marks included.
-const std::set<std::string> realtimeKeys = {"\"realtime\""};
-const std::set<std::string> timestampKeys = {"\"realtime\"", "\"utl_realtime_ms\"", "\"utl_uptime_ms\"",
-                                             "\"utl_logging_package\""};
+const Keys& realtimeKeys = immortal<Keys>(Keys{"\"realtime\""});
+const Keys& timestampKeys =
+    immortal<Keys>(Keys{"\"realtime\"", "\"utl_realtime_ms\"", "\"utl_uptime_ms\"", "\"utl_logging_package\""});
 
-std::pair<std::string, uint32_t> textOf(const Fields& fields, const std::set<std::string>& excludedKeys) {
+std::pair<std::string, uint32_t> textOf(const Fields& fields, const Keys& excludedKeys) {
     std::string text;
     uint32_t count = 0;
     for (const auto& [key, value] : fields) {

@@ -1,11 +1,15 @@
 #include "telemetry/ApplierBlocklist.h"
 
+#include "conversion/Immortal.h"
+
 namespace Velo::OS::Telemetry {
 
-const std::map<std::string, std::set<std::string>> ApplierBlocklist::blocklist_ = {
+using Rows = std::map<std::string, std::set<std::string>>;
+
+const Rows& ApplierBlocklist::blocklist_ = immortal<Rows>(Rows{
     {"device_info_applier", {"telemetry_event_filtering_performance"}},
     {"identity_applier", {"telemetry_event_filtering_performance"}},
-};
+});
 
 bool ApplierBlocklist::hasBlockedEvents(const std::string& applierName) { return blocklist_.count(applierName) > 0; }
 

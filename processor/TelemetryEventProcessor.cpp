@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "conversion/Immortal.h"
 #include "processor/TraceSlice.h"
 #include "telemetry/ApplierBlocklist.h"
 #include "telemetry/HealthCounterNames.h"
@@ -11,6 +12,18 @@
 namespace Velo::OS::Telemetry {
 
 namespace {
+
+/// Copies of the shared names, which are destroyed when the process exits.
+struct Names {
+    const std::string counterPrefix = kProcessorPrefix;
+    const std::string processing = kProcessingLabel;
+    const std::string monitor = kMonitorLabel;
+    const std::string guard = kGuardLabel;
+    const std::string applier = kApplierLabel;
+    const std::string blockedApplier = kApplierBlockedLabel;
+};
+
+const Names& names = immortal<Names>();
 
 /// Tells the managers, where there are any, which stages one event enters.
 class StageReporter {
@@ -36,7 +49,9 @@ private:
         if (tracingManager_) tracingManager_->traceEventStage(event->getStringIdentifier(), event->uid(), stage);
     }
 
-    const std::string& counterOf(const std::string& stage) { return counter_.assign(kProcessorPrefix).append(stage); }
+    const std::string& counterOf(const std::string& stage) {
+        return counter_.assign(names.counterPrefix).append(stage);
+    }
 
     IEventTracingManager* tracingManager_;
     IHealthCountersManager* healthCounters_;
@@ -65,17 +80,17 @@ TelemetryEventProcessor::~TelemetryEventProcessor() = default;
 
 EventResult TelemetryEventProcessor::processEvent(std::unique_ptr<TelemetryEvent> event) const {
     const TraceSlice processing =
-        trace::isEnabled() ? TraceSlice(kProcessingLabel, event->name()) : TraceSlice::withoutBegin();
+        trace::isEnabled() ? TraceSlice(names.processing, event->name()) : TraceSlice::withoutBegin();
     StageReporter reporter(tracingManager_.get(), healthCounters_.get());
 
     for (const auto& monitor : monitors_) {
-        const TraceSlice slice(kMonitorLabel, monitor->name_);
+        const TraceSlice slice(names.monitor, monitor->name_);
         reporter.enter(monitor->name_, event.get());
         event = monitor->monitor(std::move(event));
     }
 
     for (const auto& guard : guards_) {
-        const TraceSlice slice(kGuardLabel, guard->name_);
+        const TraceSlice slice(names.guard, guard->name_);
         reporter.enter(guard->name_, event.get());
         EventResult verdict = guard->handle(std::move(event));
         // Deliberate: the caller sees one code for every rejection, whatever the guard's own.
@@ -84,11 +99,11 @@ EventResult TelemetryEventProcessor::processEvent(std::unique_ptr<TelemetryEvent
     }
 
     for (const auto& applier : appliers_) {
-        const TraceSlice slice(kApplierLabel, applier->name_);
+        const TraceSlice slice(names.applier, applier->name_);
         if (ApplierBlocklist::hasBlockedEvents(applier->name_) &&
             ApplierBlocklist::isApplierBlocked(applier->name_, event->name())) {
             // Deliberate: a skipped applier is neither reported nor counted.
-            TraceSlice(kApplierBlockedLabel, applier->name_).end();
+            TraceSlice(names.blockedApplier, applier->name_).end();
             continue;
         }
         reporter.enterApplier(applier->name_, event.get());

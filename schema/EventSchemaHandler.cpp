@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "conversion/CompactJson.h"
+#include "conversion/Immortal.h"
 #include "conversion/JsonMember.h"
 
 namespace Velo::OS::Telemetry {
@@ -36,7 +37,7 @@ std::optional<Json::Value> parseObject(const std::string& text) {
 
 /// An array; an empty one in place of anything else.
 const Json::Value& arrayOf(const Json::Value& value) {
-    static const Json::Value empty(Json::arrayValue);
+    static const Json::Value& empty = immortal<Json::Value>(Json::arrayValue);
     return value.isArray() ? value : empty;
 }
 
@@ -239,14 +240,15 @@ bool EventSchemaHandler::isAdsPersonalizationPurposeOnly(const std::string& even
 }
 
 EventCategory EventSchemaHandler::getEventCategoryEnum(const std::string& category) {
-    static const std::unordered_map<std::string, EventCategory> categories = {
+    using Categories = std::unordered_map<std::string, EventCategory>;
+    static const Categories& categories = immortal<Categories>(Categories{
         {kCategoryEssential, EventCategory::Essential},
         {kCategoryNonEssential, EventCategory::NonEssential},
         {kCategoryNeedsReview, EventCategory::NeedsReview},
         {kCategoryUncategorized, EventCategory::Uncategorized},
         {kCategoryInvalid, EventCategory::Invalid},
         {kCategoryNonEssentialWithOtherConsent, EventCategory::NonEssentialWithOtherConsent},
-    };
+    });
     const auto found = categories.find(category);
     return found == categories.end() ? EventCategory::Invalid : found->second;
 }

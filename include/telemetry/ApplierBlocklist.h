@@ -20,7 +20,7 @@ private:
     /// Whether the applier must skip any event at all: if not, the event's name need not be read.
     static bool hasBlockedEvents(const std::string& applierName);
 
-    static const std::map<std::string, std::set<std::string>> blocklist_;
+    static const std::map<std::string, std::set<std::string>>& blocklist_;
 };
 
 }  // namespace Velo::OS::Telemetry

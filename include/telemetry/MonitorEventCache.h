@@ -16,8 +16,11 @@ public:
     static bool checkAndSetFilterDecisionCache(unsigned int uid, const std::string& eventName, bool decision);
 
 private:
-    static std::unordered_map<std::string, std::unordered_map<unsigned int, bool>> eventFilteringCache;  // by name
-    static std::mutex lock_;                                                                             // guards it
+    using Decisions = std::unordered_map<std::string, std::unordered_map<unsigned int, bool>>;
+
+    // References to what is never destroyed: events may be processed while the process exits.
+    static Decisions& eventFilteringCache;  // by name
+    static std::mutex& lock_;               // guards it
 };
 
 }  // namespace Velo::OS::Telemetry

@@ -2,12 +2,13 @@
 
 #include <utility>
 
+#include "conversion/Immortal.h"
 #include "telemetry/QvLoggerWrapper.h"
 
 namespace {
 
 std::function<bool(long)>& adjustTimeHandler() {
-    static std::function<bool(long)> handler;
+    static auto& handler = Velo::OS::Telemetry::immortal<std::function<bool(long)>>();
     return handler;
 }
 

@@ -3,14 +3,15 @@
 #include <mutex>
 #include <utility>
 
+#include "conversion/Immortal.h"
 #include "telemetry/TelemetrySettingsManager.h"
 
 namespace Velo::OS::Telemetry {
 
 namespace {
 
-std::mutex mutex;
-std::shared_ptr<ITelemetrySettingsManager> current;  // guarded by mutex
+std::mutex& mutex = immortal<std::mutex>();
+auto& current = immortal<std::shared_ptr<ITelemetrySettingsManager>>();  // guarded by mutex
 
 }  // namespace
 

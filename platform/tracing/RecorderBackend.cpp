@@ -1,3 +1,4 @@
+#include "conversion/Immortal.h"
 #include "platform/tracing/TraceRecorder.h"
 #include "processor/TraceBackend.h"
 
@@ -5,7 +6,7 @@ namespace Velo::OS::Telemetry {
 
 namespace {
 
-host::TraceRecorder recorder;
+host::TraceRecorder& recorder = immortal<host::TraceRecorder>();
 
 }  // namespace
 

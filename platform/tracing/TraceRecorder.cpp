@@ -7,6 +7,8 @@
 #include <ostream>
 #include <string>
 
+#include "conversion/PerThread.h"
+
 namespace Velo::OS::Telemetry::host {
 
 namespace {
@@ -56,25 +58,29 @@ void TraceRecorder::start() {
     enabled_.store(true, std::memory_order_release);
 }
 
-TraceRecorder::ThreadLog& TraceRecorder::logOfThisThread() {
-    thread_local std::shared_ptr<ThreadLog> log;
-    thread_local uint64_t recordingOfLog = 0;
+/// The log of a thread, and the recording to which it belongs.
+struct TraceRecorder::OwnLog {
+    std::shared_ptr<ThreadLog> log;
+    uint64_t recording = 0;
+};
 
+TraceRecorder::ThreadLog& TraceRecorder::currentLog(OwnLog& own) {
     const uint64_t recording = recording_.load(std::memory_order_relaxed);
-    if (!log || recordingOfLog != recording) {
-        log = std::make_shared<ThreadLog>();
-        recordingOfLog = recording;
+    if (!own.log || own.recording != recording) {
+        own = {std::make_shared<ThreadLog>(), recording};
         const std::lock_guard<std::mutex> lock(mutex_);
-        logs_.push_back(log);
+        logs_.push_back(own.log);
     }
-    return *log;
+    return *own.log;
 }
 
 void TraceRecorder::append(TraceEdge::Kind kind, std::string_view name) {
-    ThreadLog& log = logOfThisThread();
-    const std::lock_guard<std::mutex> lock(log.mutex);
-    log.names.append(name);
-    log.records.push_back({Clock::now(), log.names.size(), kind});
+    withThreadsOwn<OwnLog>([&](OwnLog& own) {
+        ThreadLog& log = currentLog(own);
+        const std::lock_guard<std::mutex> lock(log.mutex);
+        log.names.append(name);
+        log.records.push_back({Clock::now(), log.names.size(), kind});
+    });
 }
 
 bool TraceRecorder::write(std::ostream& out) const {

@@ -44,9 +44,10 @@ public:
 
 private:
     struct ThreadLog;
+    struct OwnLog;
 
     void append(TraceEdge::Kind kind, std::string_view name);
-    ThreadLog& logOfThisThread();
+    ThreadLog& currentLog(OwnLog& own);
 
     std::atomic<bool> enabled_{false};
     std::atomic<uint64_t> recording_{0};  // number of the current recording; a log belongs to one
