@@ -3,7 +3,7 @@
 BUILD := build
 PREFIX ?= /usr/local
 
-.PHONY: run test test-arm64 fuzz mutants bench bench-gate install tidy format clean deps
+.PHONY: run test test-arm64 fuzz soak mutants bench bench-gate install tidy format clean deps
 
 run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
@@ -48,6 +48,14 @@ bench-gate: deps $(BUILD)/release/build.ninja
 	@scripts/install-deps bench-gate
 	@cmake --build $(BUILD)/release --target telemetry_gate telemetry_allocation_counter telemetry-replay
 	@scripts/bench-gate $(BUILD)/release
+
+# A million events on eight threads, then ten million with a hundred thousand names: nothing is lost, and nothing grows
+# but the tables, whose bytes for each name are printed.
+soak: deps $(BUILD)/release/build.ninja
+	@cmake --build $(BUILD)/release --target threads_tests telemetry_soak
+	@TELEMETRY_STRESS_EVENTS=1000000 $(BUILD)/release/tests/threads_tests --gtest_filter=Threads.EveryCount*
+	@$(BUILD)/release/benchmarks/telemetry_soak tables
+	@$(BUILD)/release/benchmarks/telemetry_soak
 
 # Into PREFIX, below DESTDIR if that is set.
 install: deps $(BUILD)/release/build.ninja
