@@ -1,5 +1,6 @@
 #include "telemetry/AccountCheckpointGuard.h"
 
+#include <atomic>
 #include <utility>
 
 #include "conversion/Immortal.h"
@@ -30,7 +31,7 @@ EventResult AccountCheckpointGuard::handle(std::unique_ptr<TelemetryEvent> event
     const uint32_t uid = event->uid();
     const bool checkpointed = checkpointManager_->isAccountCheckpointed(uid);
     // Deliberate: one state for all users, so users whose events alternate are reported at every change between them.
-    static bool lastCheckpointState = checkpointed;
+    static std::atomic<bool> lastCheckpointState = checkpointed;
     if (checkpointed != lastCheckpointState) {
         MonitorEvent status;
         status.putBoolean("is_checkpointed", checkpointed);

@@ -47,6 +47,7 @@ void reportBreach(const TelemetryEvent& event, const std::string& identifier, do
 /// What is known of one identifier.
 struct RateLimiterGuard::Record {
     void configure(const RateLimitConfig& config) {
+        if (configured) return;
         // Deliberate: reports and thresholds go by the lower 32 bits.
         loggedMaxEvents = static_cast<uint32_t>(config.maxEvents);
         loggedWindowSeconds = static_cast<uint32_t>(config.windowSeconds);
@@ -122,19 +123,29 @@ EventResult RateLimiterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
     if (!isFormatJsonBundle(event->getIntakeFormat())) return event;
 
     static auto& records = immortal<std::unordered_map<std::string, Record>>();
+    static auto& recordsMutex = immortal<std::mutex>();  // other guards have locks of their own
     const std::string identifier = event->getStringIdentifier();
+    std::unique_lock<std::mutex> recordsLock(recordsMutex);
     Record& record = records[identifier];
-    if (!record.configured) record.configure(configManager_->getRateLimitConfig(identifier));
+    if (!record.configured) {
+        recordsLock.unlock();  // what is called may process events with another guard
+        const RateLimitConfig config = configManager_->getRateLimitConfig(identifier);
+        recordsLock.lock();
+        record.configure(config);
+    }
 
     double rate = record.rollOver();
-    ++record.eventCount;
+    const uint32_t count = ++record.eventCount;
     const bool accepted = record.takeToken();
     const uint32_t max = record.loggedMaxEvents;
-    if (!accepted && record.eventCount == max + 1) {
-        rate = record.eventCount;
+    const uint32_t window = record.loggedWindowSeconds;
+    recordsLock.unlock();
+
+    if (!accepted && count == max + 1) {
+        rate = count;
         __android_log_print(ANDROID_LOG_DEBUG, "TelemetryService",
                             "Event rate (events per %u second) exceeds max, rejecting, event: %s, rate: %f , max: %u",
-                            record.loggedWindowSeconds, identifier.c_str(), rate, max);
+                            window, identifier.c_str(), rate, max);
     }
     if (rate > 0) reportBreach(*event, identifier, rate, callback_);
 

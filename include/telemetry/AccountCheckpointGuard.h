@@ -12,8 +12,8 @@ namespace Velo::OS::Telemetry {
 /// "account_checkpoint_guard": drops the events of accounts that are held by a check, and reports each change from held
 /// to not held and back as "arvo_telemetry_checkpoint_status_monitor". Those reports themselves always pass.
 ///
-/// What was last seen is one value for the whole process, and nothing but the guard's own lock protects it: one such
-/// guard to a process. It holds that lock while it calls a manager or the callback, which must not call back into it.
+/// What was last seen is one value for the whole process, which guards share, on any threads. A guard holds a lock of
+/// its own while it calls a manager or the callback, which must not call back into it.
 class TELEMETRY_EXPORT AccountCheckpointGuard : public IGuard {
 public:
     /// Neither manager may be null.

@@ -16,9 +16,9 @@ namespace Velo::OS::Telemetry {
 /// the number of events seen; so is a window that saw more than twice its limit, by the first event after it. Time is
 /// that of `std::chrono::steady_clock`; a window begins at the first event after the last one ended.
 ///
-/// The buckets belong to the process and live until it ends, one for each identifier ever seen; nothing but the guard's
-/// own lock protects them: one such guard to a process. It holds that lock while it calls a manager or the callback,
-/// which must not call back into it.
+/// The buckets belong to the process and live until it ends, one for each identifier ever seen; guards share them, on
+/// any threads. A guard holds a lock of its own while it calls a manager or the callback, which must not call back into
+/// it.
 class TELEMETRY_EXPORT RateLimiterGuard : public IGuard {
 public:
     /// Neither manager may be null. Their order is not that of the other guards.
