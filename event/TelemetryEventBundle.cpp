@@ -129,7 +129,7 @@ void TelemetryEventBundle::addToJsonEventMetadata(const std::string& key, Json::
     if (nestsDeeperThan(kMaxNesting - 1, value)) {
         __android_log_print(ANDROID_LOG_WARN, "TelemetryService",
                             "Member [%s] of event [name: %s] is nested too deep and was not added.", key.c_str(),
-                            name().c_str());
+                            TelemetryEventBundle::name().c_str());
         return dismantle(value);
     }
     Json::Value& target = data();
