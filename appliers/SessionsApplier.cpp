@@ -18,7 +18,8 @@ const auto& exemptEvents = []() -> auto& {
     auto& names = immortal<std::unordered_set<std::string>>();
     for (const std::string_view name : kSessionExemptEvents) names.emplace(name);
     return names;
-}();
+}
+();
 
 }  // namespace
 

@@ -8,9 +8,9 @@
 void countAllocation();
 
 extern "C" {
-void* __libc_malloc(size_t size);                  // NOLINT(bugprone-reserved-identifier)
-void* __libc_calloc(size_t number, size_t size);   // NOLINT(bugprone-reserved-identifier)
-void* __libc_realloc(void* pointer, size_t size);  // NOLINT(bugprone-reserved-identifier)
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t number, size_t size);
+void* __libc_realloc(void* pointer, size_t size);
 
 [[gnu::visibility("default")]] void* malloc(size_t size) {
     countAllocation();
