@@ -109,21 +109,23 @@ bool convertMembers(const PersistableBundle& bundle, const Keys& keys, Getter<T>
 
 /// All but the nested bundles. Not inlined: nested bundles are converted by recursion, and the sets of keys would stand
 /// on the stack at each level.
-[[gnu::noinline]] bool convertFlatMembers(const PersistableBundle& bundle, Json::Value& json) {
+[[gnu::noinline]] bool convertFlatMembers(const PersistableBundle& bundle, Json::Value& json, unsigned depth) {
+    const Keys vectorKeys = bundle.getStringVectorKeys();
+    if (depth >= kMaxNesting && !vectorKeys.empty()) return false;  // they become arrays, one level deeper
     const MemberNames earlier(json);
     return convertMembers<bool>(bundle, bundle.getBooleanKeys(), &PersistableBundle::getBoolean, earlier, json) &&
            convertMembers<int32_t>(bundle, bundle.getIntKeys(), &PersistableBundle::getInt, earlier, json) &&
            convertMembers<int64_t>(bundle, bundle.getLongKeys(), &PersistableBundle::getLong, earlier, json) &&
            convertMembers<double>(bundle, bundle.getDoubleKeys(), &PersistableBundle::getDouble, earlier, json) &&
            convertMembers<String16>(bundle, bundle.getStringKeys(), &PersistableBundle::getString, earlier, json) &&
-           convertMembers<std::vector<String16>>(bundle, bundle.getStringVectorKeys(),
-                                                 &PersistableBundle::getStringVector, earlier, json);
+           convertMembers<std::vector<String16>>(bundle, vectorKeys, &PersistableBundle::getStringVector, earlier,
+                                                 json);
 }
 
 bool convertObject(PersistableBundle& bundle, Json::Value& json, unsigned depth) {
     if (!json.isObject() && !json.isNull()) return false;
     if (bundle.empty()) return true;
-    if (!convertFlatMembers(bundle, json)) return false;
+    if (!convertFlatMembers(bundle, json, depth)) return false;
 
     // Deliberate: nested bundles are merged whatever was there before. An earlier member that is no object therefore
     // fails the call, and an empty nested bundle leaves null.

@@ -69,7 +69,8 @@ bool getJsonFromString(const char* text, Json::Value& out) {
 }
 
 bool convertJsonToBundle(const std::string& key, const Json::Value& value, PersistableBundle& bundle) {
-    return !nestsDeeperThan(kMaxNesting, value) && put(toString16(key.c_str()), value, bundle);
+    // The bundle stands around the value, and is to be readable.
+    return !nestsDeeperThan(kMaxNesting - 1, value) && put(toString16(key.c_str()), value, bundle);
 }
 
 }  // namespace Velo::OS::Telemetry

@@ -53,8 +53,16 @@ const Json::Value& jsonValueOf(TelemetryEvent& event, Json::Value& copy) {
     static const void* const ownClass = classOf(TelemetryEventBundle({}, 0, false));
     if (classOf(event) == ownClass) return static_cast<TelemetryEventBundle&>(event).convertedData();
     copy = event.getJsonValue();
-    if (nestsDeeperThan(kMaxNesting, copy)) dismantle(copy);
+    refuseTooDeep(event.name(), copy);
     return copy;
+}
+
+bool refuseTooDeep(const std::string& name, Json::Value& data) {
+    if (!nestsDeeperThan(kMaxNesting, data)) return false;
+    __android_log_print(ANDROID_LOG_WARN, "TelemetryService",
+                        "Data of event [name: %s] is nested too deep and was left out.", name.c_str());
+    dismantle(data);
+    return true;
 }
 
 const std::string& TelemetryEventBundle::getJsonString() {

@@ -9,6 +9,7 @@
 #include "conversion/JsonComparison.h"
 #include "conversion/JsonNumber.h"
 #include "conversion/Nesting.h"
+#include "event/JsonValueOf.h"
 #include "telemetry/BundleToJson.h"
 
 namespace Velo::OS::Telemetry {
@@ -48,11 +49,8 @@ TelemetryEventBundle::TelemetryEventBundle(const std::string& name, Json::Value 
                                            IntakeFormat format)
     : uid_(uid), intakeFormat_(format) {
     document_[Json::StaticString(kNameMember)] = name;
-    if (nestsDeeperThan(kMaxNesting, data)) {
-        // Like any data that is no object: the event goes on without members and its text is empty, which is logged.
-        dismantle(data);
-        data = Json::arrayValue;
-    }
+    // Like any data that is no object: the event goes on without members and its text is empty.
+    if (refuseTooDeep(name, data)) data = Json::arrayValue;
     document_[Json::StaticString(kDataMember)] = std::move(data);
     // Deliberate: an event that arrives as JSON is never a priority event, whatever its data says.
     addToJsonEventMetadata("realtime", false);

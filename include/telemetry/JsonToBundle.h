@@ -19,8 +19,8 @@ TELEMETRY_EXPORT bool getJsonFromString(const char* text, Json::Value& out);
 /// Objects become nested bundles; arrays become nested bundles with the array marker and the keys "0", "1", ...; every
 /// number becomes a double. A null is not stored, neither at the top (true is returned) nor inside: an array with a
 /// null in it is therefore stored with a gap. Strings and keys end at their first NUL. Returns false, and stores
-/// nothing, for a value that nests deeper than `kMaxNesting` and for one of a kind that jsoncpp does not have today;
-/// children of such a kind are left out.
+/// nothing, for a value that would nest deeper than `kMaxNesting` with the bundle around it, and for one of a kind that
+/// jsoncpp does not have today; children of such a kind are left out.
 ///
 /// The platform stores nested bundles as copies, so the time grows with the square of the depth.
 TELEMETRY_EXPORT bool convertJsonToBundle(const std::string& key, const Json::Value& value,

@@ -17,8 +17,8 @@ namespace Velo::OS::Telemetry {
 /// that of `std::chrono::steady_clock`; a window begins at the first event after the last one ended.
 ///
 /// The buckets belong to the process and live until it ends, one for each identifier ever seen; guards share them, on
-/// any threads. A guard holds a lock of its own while it calls a manager or the callback, which must not call back into
-/// it.
+/// any threads. The manager is asked once for each; twice if two guards see the first event at once. A guard holds a
+/// lock of its own while it calls a manager or the callback, which must not call back into it.
 class TELEMETRY_EXPORT RateLimiterGuard : public IGuard {
 public:
     /// Neither manager may be null. Their order is not that of the other guards.

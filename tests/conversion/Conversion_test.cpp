@@ -183,14 +183,22 @@ TEST(JsonToBundle, ParsesOrReturnsFalse) {
 
 TEST(Nesting, IsConvertedBothWaysUpToTheLimitAndRefusedBeyond) {
     fakes::onSmallStack([] {
-        Bundle outer, bundle, none;
+        Bundle bundle, outer, none, withVector;
         Json::Value json;
-        ASSERT_TRUE(convertJsonToBundle("k", fakes::nested(kMaxNesting), outer));
-        ASSERT_TRUE(outer.getPersistableBundle(String16("k"), &bundle));
+        ASSERT_TRUE(convertJsonToBundle("k", fakes::nested(kMaxNesting - 1), bundle));
+        outer.putPersistableBundle(String16("k"), bundle);
         EXPECT_TRUE(convertBundleToJson(bundle, json));
-        EXPECT_TRUE(json == fakes::nested(kMaxNesting));
+        EXPECT_TRUE(json["k"] == fakes::nested(kMaxNesting - 1));
         EXPECT_FALSE(convertBundleToJson(outer, json = Json::Value())) << "one level more";
-        EXPECT_FALSE(convertJsonToBundle("k", fakes::nested(kMaxNesting + 1), none) || !none.empty());
+        EXPECT_FALSE(convertJsonToBundle("k", fakes::nested(kMaxNesting), none) || !none.empty());
+
+        withVector.putStringVector(String16("v"), {String16("an array, one level more")});
+        for (unsigned depth = 1; depth < kMaxNesting; ++depth) {
+            const Bundle inner = withVector;
+            withVector = Bundle();
+            withVector.putPersistableBundle(String16("k"), inner);
+        }
+        EXPECT_FALSE(convertBundleToJson(withVector, json = Json::Value()));
     });
 }
 

@@ -158,8 +158,9 @@ TEST(Nesting, OfTheDataIsKeptUpToTheLimitAndRefusedBeyond) {
         EXPECT_EQ(VerificationMonitor({}).sortEventFields(fakes::nested(100'000), {}).second, 0U);
     });
     const Lines lines = log.take();
-    ASSERT_EQ(lines.size(), 2U);
-    EXPECT_EQ(lines[1], "5 TelemetryService: Member [k] of event [name: e] is nested too deep and was not added.");
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[0], "5 TelemetryService: Data of event [name: e] is nested too deep and was left out.");
+    EXPECT_EQ(lines[2], "5 TelemetryService: Member [k] of event [name: e] is nested too deep and was not added.");
 }
 
 TEST(Serialisation, TheTextIsKeptUntilSomethingIsAdded) {

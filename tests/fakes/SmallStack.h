@@ -1,5 +1,6 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <pthread.h>
 
 #include <functional>
@@ -11,10 +12,10 @@ namespace Velo::OS::Telemetry::fakes {
 inline void onSmallStack(std::function<void()> work) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, TELEMETRY_STACK_MIB << 20);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, TELEMETRY_STACK_MIB << 20), 0);
     const auto run = [](void* own) -> void* { return (*static_cast<std::function<void()>*>(own))(), nullptr; };
     pthread_t thread{};
-    pthread_create(&thread, &attributes, run, &work);
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &work), 0);
     pthread_join(thread, nullptr);
 }
 

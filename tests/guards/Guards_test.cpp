@@ -470,6 +470,7 @@ TEST_F(Guards, CountersAddUpWhenThreadsShareAProcessor) {
     EXPECT_EQ(counted("count guard_account_checkpointed_dropped 1 of held"), 800);
     for (const std::string name : {"a", "b", "unwanted"}) {
         EXPECT_EQ(counted("category " + name), 1) << "audited once";
+        EXPECT_LE(counted("limit of " + name), 2) << "asked once by each guard";
         EXPECT_EQ(counted("count guard_rate_limit_dropped 1 of " + name), 700);
     }
     EXPECT_EQ(counted("count guard_dynamic_telemetry_dropped 1 of unwanted"), 100);

@@ -16,6 +16,7 @@
 #include "tests/fakes/FakeGuardServices.h"
 #include "tests/fakes/FakeTelemetrySettings.h"
 #include "tests/fakes/LogCapture.h"
+#include "tests/fakes/SmallStack.h"
 
 namespace Velo::OS::Telemetry {
 
@@ -144,12 +145,18 @@ TEST_F(Monitors, OversizedEventsAreReportedEveryTime) {
 TEST_F(Monitors, AnEventOfAnotherClassIsAskedForItsData) {
     struct Answering : TelemetryEventBundle {
         using TelemetryEventBundle::TelemetryEventBundle;
-        Json::Value getJsonValue() override { return fakes::parsed(R"({"a":1,"b":2,"c":3})"); }
+        Json::Value getJsonValue() override {
+            return uid() == 7 ? parsed(R"({"a":1,"b":2,"c":3})") : fakes::nested(100'000);
+        }
     };
     settings->inVerification = true;
     VerificationMonitor monitor(services.callback());
     const Lines answered = reports(monitor, std::make_unique<Answering>("e", 7U, false));
     EXPECT_NE(answered.at(0).find(R"("fields_number":3)"), std::string::npos) << answered.at(0);
+    fakes::onSmallStack([&] {
+        const Lines refused = reports(monitor, std::make_unique<Answering>("e", 8U, false));
+        EXPECT_NE(refused.at(0).find(R"("fields_number":0)"), std::string::npos) << refused.at(0);
+    });
 }
 
 TEST_F(Monitors, VerifiedEventsAreFingerprinted) {

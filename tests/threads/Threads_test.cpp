@@ -121,10 +121,13 @@ void exitOnThread() {
 
 void exitAmongThreads() {
     const auto& service = *new Service;
-    std::atexit([] { std::this_thread::sleep_for(std::chrono::milliseconds(300)); });  // when younger statics are gone
+    static std::atomic<size_t> processed = 0;
+    std::atexit([] {  // when younger statics are gone
+        for (const size_t before = processed; processed < before + 8;) std::this_thread::yield();
+    });
     std::latch started(4);
     const auto processForever = [&] {
-        for (service.process(), started.count_down(); true;) service.process();
+        for (service.process(), started.count_down(); true; ++processed) service.process();
     };
     for (int i = 0; i < 4; ++i) std::thread(processForever).detach();
     started.wait();
