@@ -146,7 +146,7 @@ TEST_F(Monitors, AnEventOfAnotherClassIsAskedForItsData) {
     struct Answering : TelemetryEventBundle {
         using TelemetryEventBundle::TelemetryEventBundle;
         Json::Value getJsonValue() override {
-            return uid() == 7 ? parsed(R"({"a":1,"b":2,"c":3})") : fakes::nested(100'000);
+            return uid() == 7 ? fakes::parsed(R"({"a":1,"b":2,"c":3})") : fakes::nested(100'000);
         }
     };
     settings->inVerification = true;
