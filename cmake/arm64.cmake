@@ -1,4 +1,4 @@
-# Toolchain of the arm64 preset: Debian's cross compiler, the libraries that scripts/arm64-sysroot has fetched, and
+# Toolchain of the arm64 preset: Debian's cross compiler, the libraries that scripts/test-arm64 has fetched, and
 # user-mode emulation for what is run, tests and their discovery included.
 
 set(CMAKE_SYSTEM_NAME Linux)
