@@ -59,9 +59,10 @@ void OutputFile::close() {
 }
 
 /// A file that had no name when it was opened, by way of another descriptor, has lost none. Who redirects standard
-/// output may well keep it in such a file.
+/// output may well keep it in such a file, and whoever reads a named pipe may delete its name once it is open.
 bool OutputFile::isDeleted() const {
-    return !isStandardOutput_ && status_.st_nlink > 0 && file_.number() >= 0 && fileStatus(file_).st_nlink == 0;
+    return !isStandardOutput_ && S_ISREG(status_.st_mode) && status_.st_nlink > 0 && file_.number() >= 0 &&
+           fileStatus(file_).st_nlink == 0;
 }
 
 void OutputFile::writeThrough(std::string_view bytes) {
