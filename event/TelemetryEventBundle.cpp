@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "conversion/JsonComparison.h"
+#include "conversion/JsonMember.h"
 #include "conversion/JsonNumber.h"
 #include "conversion/Nesting.h"
 #include "event/JsonValueOf.h"
@@ -77,9 +78,7 @@ bool TelemetryEventBundle::operator==(TelemetryEventBundle& other) {
 }
 
 /// "data" is the first member by name, so that it need not be looked up. Of an event that was moved from there is none.
-const Json::Value& TelemetryEventBundle::data() const {
-    return document_.isObject() ? *document_.begin() : Json::Value::nullSingleton();
-}
+const Json::Value& TelemetryEventBundle::data() const { return document_.isObject() ? *document_.begin() : nullJson(); }
 
 Json::Value& TelemetryEventBundle::data() {
     return document_.isObject() ? *document_.begin() : document_[Json::StaticString(kDataMember)];
@@ -93,7 +92,7 @@ const Json::Value& TelemetryEventBundle::metadata(std::string_view key, std::opt
         if (member) return *member;
     }
     const bool isInData = converted_ && conversionSucceeded_;
-    if (isInData || bundle_.empty()) return Json::Value::nullSingleton();
+    if (isInData || bundle_.empty()) return nullJson();
     return storage.emplace(getScalarValueFromBundle(bundle_, std::string(key)));
 }
 

@@ -4,6 +4,7 @@
 #include <json/writer.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <ostream>
 #include <string>
 
@@ -67,11 +68,18 @@ struct TraceRecorder::OwnLog {
 TraceRecorder::ThreadLog& TraceRecorder::currentLog(OwnLog& own) {
     const uint64_t recording = recording_.load(std::memory_order_relaxed);
     if (!own.log || own.recording != recording) {
-        own = {std::make_shared<ThreadLog>(), recording};
-        const std::lock_guard<std::mutex> lock(mutex_);
-        logs_.push_back(own.log);
+        own = {threadLog(), recording};
     }
     return *own.log;
+}
+
+/// A thread that is ending asks at every edge, once what was its own is gone: the log that it had goes on.
+std::shared_ptr<TraceRecorder::ThreadLog> TraceRecorder::threadLog() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const pid_t threadId = gettid();
+    const auto isOwn = [&](const std::shared_ptr<ThreadLog>& log) { return log->threadId == threadId; };
+    const auto found = std::find_if(logs_.rbegin(), logs_.rend(), isOwn);
+    return found != logs_.rend() ? *found : logs_.emplace_back(std::make_shared<ThreadLog>());
 }
 
 void TraceRecorder::append(TraceEdge::Kind kind, std::string_view name) {

@@ -15,7 +15,7 @@ namespace Velo::OS::Telemetry::host {
 
 /// Keeps the edges of slices in one log per thread, and writes them in the Trace Event Format. Thread-safe: a thread
 /// shares its log with `write` and `edges` alone, never with another thread that records. The logs of threads that
-/// have ended are kept.
+/// have ended are kept, and go on if a new thread has the same number.
 ///
 /// One instance per process: a thread remembers which log is its own in one place.
 class TraceRecorder {
@@ -48,6 +48,7 @@ private:
 
     void append(TraceEdge::Kind kind, std::string_view name);
     ThreadLog& currentLog(OwnLog& own);
+    std::shared_ptr<ThreadLog> threadLog();
 
     std::atomic<bool> enabled_{false};
     std::atomic<uint64_t> recording_{0};  // number of the current recording; a log belongs to one

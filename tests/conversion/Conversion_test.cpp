@@ -23,7 +23,10 @@ const String16 kMarker("utl_array_of_bundles");
 /// What becomes of the JSON `before`: its text, or "refused".
 std::string converted(Bundle bundle, const char* before = "null") {
     Json::Value json = parsed(before);
+    Bundle given = bundle;
+    given.erase(kMarker);
     const bool isConverted = convertBundleToJson(bundle, json);
+    EXPECT_EQ(bundle.size(), given.size()) << "nothing else is taken out of the caller's bundle";
     EXPECT_EQ(bundle.erase(kMarker), 0U) << "the marker is taken out of the caller's bundle";
     return isConverted ? text(json) : "refused";
 }

@@ -64,6 +64,8 @@ TEST_F(Pipeline, ErrorsEndIt) {
 TEST_F(Pipeline, ABlockedApplierIsSkippedUnseen) {
     EXPECT_TRUE(process({"a:identity_applier", "a:a"}, kBlockedEvent).hasValue());
     EXPECT_EQ(*calls, (Lines{"trace " + kBlockedEvent + " 7 a", "count processor_a 1", "run a"}));
+    EXPECT_TRUE(process({"a:identity_applier"}).hasValue());
+    EXPECT_EQ(calls->back(), "run identity_applier") << "it blocks no other event";
 }
 
 TEST_F(Pipeline, OnlyTheSequenceNumberStageIsCountedWithItsEvent) {

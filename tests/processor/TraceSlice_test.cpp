@@ -20,9 +20,15 @@ TEST(TraceSlice, SlicesNestWithinTheirThreadAndEndOnce) {
         TraceSlice inner("Monitor: ", "m");
         inner.end();
         inner.end();
-        std::thread([] { TraceSlice("other thread"); }).join();
+        struct AtTheEnd {  // when the recorder has destroyed what the thread had of its own
+            ~AtTheEnd() { TraceSlice("its end"); }
+        };
+        std::thread([] {
+            thread_local AtTheEnd atTheEnd;
+            TraceSlice("other thread");
+        }).join();
     }
-    EXPECT_EQ(fakes::recordedSlices(), (Threads{"<o <Monitor: m > > ", "<other thread > "}));
+    EXPECT_EQ(fakes::recordedSlices(), (Threads{"<o <Monitor: m > > ", "<other thread > <its end > "}));
     EXPECT_TRUE(host::isTraceComplete());
 }
 
