@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <new>
 #include <optional>
 #include <string>
@@ -50,8 +51,8 @@ public:
     /// What is said next begins a line of the terminal, even behind a "^C".
     void endLine();
 
-    /// Whether the action could use its files, and had enough memory; says so if not. That a reader has left is no
-    /// fault.
+    /// Whether the action could use its files, and had enough memory; says what it throws if not. That a reader has
+    /// left is no fault.
     template <typename Action>
     bool attempt(Action action) {
         try {
@@ -59,10 +60,10 @@ public:
             return true;
         } catch (const ReaderLeft&) {
             return true;
-        } catch (const FileError& failure) {
-            error(failure.what());
         } catch (const std::bad_alloc&) {
             error("out of memory");
+        } catch (const std::exception& failure) {
+            error(failure.what());  // a file's error, or what jsoncpp throws if there is no memory for a text
         }
         return false;
     }

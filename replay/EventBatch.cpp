@@ -14,6 +14,12 @@
 
 namespace Velo::OS::Telemetry::replay {
 
+namespace {
+
+constexpr char kOutOfMemory[] = "out of memory";  // short enough to need none
+
+}  // namespace
+
 void EventBatch::decode() {
     entries_.clear();
     for (const LineBatch::Line& line : lines_.lines()) {
@@ -61,18 +67,30 @@ void EventBatch::processEntry(Entry& entry, DevicePipeline& pipeline, const Foll
 /// A stage may report about a report, and so on, for ever if a rate limit is odd enough.
 void EventBatch::processReports(Entry& entry, DevicePipeline& pipeline, const Follow& follow) {
     constexpr int kMaxGenerations = 8;
-    const bool needsLines = wishes_.drops || wishes_.monitorEvents || wishes_.rejects;
+    const bool needsLines = wishes_.drops || wishes_.monitorEvents || wishes_.rejects || follow;
+    const auto resultOf = [&](const MonitorReport& report) {
+        Result result;
+        result.isReport = true;
+        if (needsLines) result.line = toLine(report, entry.place);
+        return result;
+    };
     for (int generation = 1;; ++generation) {
         const std::vector<MonitorReport> reports = pipeline.takeReports();
         if (reports.empty()) return;
-        for (const MonitorReport& report : reports) {
-            Result result;
-            result.isReport = true;
-            if (needsLines || follow) result.line = toLine(report, entry.place);
+        for (auto report = reports.begin(); report != reports.end(); ++report) {
             if (generation > kMaxGenerations) {
-                entry.results.push_back(std::move(result));
-            } else {
-                processEvent(entry, std::move(result), toEvent(report), pipeline, follow);
+                entry.results.push_back(resultOf(*report));
+                continue;
+            }
+            try {
+                processEvent(entry, resultOf(*report), toEvent(*report), pipeline, follow);
+            } catch (const FileError&) {
+                // The run ends, and as the event is not to be processed again, nobody would report this once more.
+                for (; report != reports.end(); ++report) {
+                    entry.results.push_back(resultOf(*report));
+                    entry.results.back().outcome = Unwritable{"what is reported about it is not logged"};
+                }
+                throw;
             }
         }
     }
@@ -85,6 +103,7 @@ void EventBatch::processEvent(Entry& entry, Result result, std::unique_ptr<Telem
         result.journey =
             follow(entry.place, result.isReport, *event, result.isReport ? std::string_view(result.line) : entry.line);
     }
+    entry.results.reserve(entry.results.size() + 1);  // afterwards there may be no memory for what became of it
     try {
         EventResult processed = pipeline.processEvent(std::move(event), result.journey.get());
         if (processed.hasValue()) {
@@ -96,7 +115,7 @@ void EventBatch::processEvent(Entry& entry, Result result, std::unique_ptr<Telem
     } catch (const FileError&) {
         throw;  // it is the store that failed
     } catch (const std::bad_alloc&) {
-        result.outcome = Failed{"out of memory"};
+        result.outcome = Failed{kOutOfMemory};
     } catch (const std::exception& error) {
         // The library lets through what jsoncpp throws at a member of a wrong type. A run goes on after any event.
         result.outcome = Failed{error.what()};
@@ -107,21 +126,34 @@ void EventBatch::processEvent(Entry& entry, Result result, std::unique_ptr<Telem
 
 void EventBatch::write() {
     for (std::string* text : texts_.all()) text->clear();
-    for (auto entry = entries_.begin(); entry != entries_.end(); ++entry) {
-        std::array<size_t, 4> lengths{};
-        std::ranges::transform(texts_.all(), lengths.begin(), &std::string::size);
-        try {
-            write(*entry);
-        } catch (...) {
-            for (size_t i = 0; i < lengths.size(); ++i) texts_.all()[i]->resize(lengths[i]);
-            entries_.erase(entry, entries_.end());
-            throw;
+    bool isEveryLineSomewhere = true;
+    for (Entry& entry : entries_) {
+        if (tryToWrite(entry)) continue;
+        // It was processed, so it is not forgotten; there may be memory for its line at least.
+        for (Result& result : entry.results) {
+            result.event.reset();
+            if (result.outcome) result.outcome = Failed{kOutOfMemory};
         }
+        isEveryLineSomewhere &= tryToWrite(entry);
     }
     for (Entry& entry : entries_) {
         for (Result& result : entry.results) {
             if (result.event) result.outcome = Kept{{texts_.output.data() + result.textBegin, result.textLength}};
         }
+    }
+    if (!isEveryLineSomewhere) throw std::bad_alloc();
+}
+
+/// False if there is not enough memory: then nothing of it is.
+bool EventBatch::tryToWrite(Entry& entry) {
+    std::array<size_t, 4> lengths{};
+    std::ranges::transform(texts_.all(), lengths.begin(), &std::string::size);
+    try {
+        write(entry);
+        return true;
+    } catch (const std::exception&) {  // jsoncpp has one of its own for that
+        for (size_t i = 0; i < lengths.size(); ++i) texts_.all()[i]->resize(lengths[i]);
+        return false;
     }
 }
 

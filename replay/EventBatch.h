@@ -73,6 +73,8 @@ public:
     // What a step throws - `FileError` if the store fails, `std::bad_alloc` - leaves the entries that it has finished.
     void decode();
     void process(DevicePipeline& pipeline, const Follow& follow);
+    /// An event for whose text there is no memory has failed. Throws `std::bad_alloc`, with all entries settled, if
+    /// there is none for its line either.
     void write();
     /// Leaves nothing to process or to write.
     void discard() { entries_.clear(); }
@@ -87,6 +89,7 @@ private:
     void processReports(Entry& entry, DevicePipeline& pipeline, const Follow& follow);
     void processEvent(Entry& entry, Result result, std::unique_ptr<TelemetryEventBundle> event,
                       DevicePipeline& pipeline, const Follow& follow);
+    [[nodiscard]] bool tryToWrite(Entry& entry);
     void write(Entry& entry);
     void write(const Entry& entry, Result& result);
     void reject(std::string_view line);

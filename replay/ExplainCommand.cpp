@@ -8,6 +8,7 @@
 #include "replay/Interruption.h"
 #include "replay/LibraryLog.h"
 #include "replay/Replay.h"
+#include "replay/RunEnd.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -36,9 +37,10 @@ ExitStatus explainFiles(RunFiles& files, const ExplainOptions& options, Console&
     };
     Replay replay(files, device.pipeline(), console, std::move(replayOptions));
     expectInterruption();
-    bool usable = console.attempt([&] { replay.run(); });
-    usable &= console.attempt([&] { files.output.close(); });
-    if (!usable) return ExitStatus::Unusable;
+    const bool hasRun = runOnConsole(replay, console);
+    const bool isClosed = console.attempt([&] { files.output.close(); });
+    if (isClosed) sayWhereItEnded(replay, hasRun, files, console);
+    if (!hasRun || !isClosed) return ExitStatus::Unusable;
     if (interruption() != 0) return statusOfInterruption();
     if (explainer.explained() == 0) console.error(explainer.whyNone());
     return explainer.explained() > 0 && replay.counts().bad == 0 ? ExitStatus::Success : ExitStatus::BadInput;

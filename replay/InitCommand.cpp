@@ -59,7 +59,7 @@ void writeFiles(const std::filesystem::path& directory) {
             output.write(file.text);
             output.close();
         }
-    } catch (const FileError&) {
+    } catch (...) {
         std::error_code ignored;
         for (const std::filesystem::path& path : written) std::filesystem::remove(path, ignored);
         throw;

@@ -29,7 +29,7 @@ BatchReader::Found BatchReader::next(LineBatch& batch) {
     while (file_ < files_.size()) {
         if (!reader_) open();
         const Found found = take(batch);
-        if (found != Found::End) return found;
+        if (found != Found::End || isCutOff()) return found;
         bytesBefore_ += reader_->bytesRead();
         reader_.reset();
         ++file_;

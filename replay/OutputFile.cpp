@@ -30,11 +30,11 @@ bool OutputFile::isTerminal() const { return ::isatty(file_.number()) == 1; }
 
 void OutputFile::truncate() {
     if (isStandardOutput_ || !S_ISREG(status_.st_mode)) return;
-    if (::ftruncate(file_.number(), 0) != 0) fail(errno);
+    if (::ftruncate(file_.number(), 0) != 0) throw FileError("write", name_, errno);
 }
 
 void OutputFile::write(std::string_view bytes) {
-    if (failed_) return;
+    if (hasFailed()) return;
     if (buffer_.size() + bytes.size() > kBufferSize) flush();
     if (bytes.size() > kBufferSize) {
         writeThrough(bytes);
@@ -44,7 +44,6 @@ void OutputFile::write(std::string_view bytes) {
 }
 
 void OutputFile::flush() {
-    if (failed_) return;
     writeThrough(buffer_);
     buffer_.clear();
 }
@@ -53,8 +52,9 @@ void OutputFile::close() {
     flush();
     const bool wasDeleted = isDeleted();
     const int error = file_.close();
-    if (failed_) return;
-    if (error != 0) fail(error);
+    if (!hasFailed()) error_ = error;
+    if (isStandardOutput_ && error_ == EPIPE) throw ReaderLeft();
+    if (hasFailed()) throw FileError("write", name_, error_);
     if (wasDeleted) throw FileError("cannot write " + name_ + ": it was deleted meanwhile");
 }
 
@@ -66,20 +66,14 @@ bool OutputFile::isDeleted() const {
 }
 
 void OutputFile::writeThrough(std::string_view bytes) {
-    while (!bytes.empty()) {
+    while (!bytes.empty() && !hasFailed()) {
         const ssize_t count = ::write(file_.number(), bytes.data(), bytes.size());
         if (count >= 0) {
             bytes.remove_prefix(static_cast<size_t>(count));
         } else if (errno != EINTR) {
-            fail(errno);
+            error_ = errno;
         }
     }
-}
-
-void OutputFile::fail(int error) {
-    failed_ = true;
-    if (isStandardOutput_ && error == EPIPE) throw ReaderLeft();
-    throw FileError("write", name_, error);
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -9,13 +9,13 @@
 
 namespace Velo::OS::Telemetry::replay {
 
-/// A file, or standard output, written through a buffer. Every failure throws `FileError`, once: after it the file
-/// takes whatever it is given and writes nothing. If it is that nobody reads standard output any more, the error is
-/// `ReaderLeft`. What `close` has not written is lost, and so is what was written to a file that has been deleted
-/// since it was opened: `close` says that too.
+/// A file, or standard output, written through a buffer. After a failed write it takes whatever it is given and writes
+/// nothing; `close` throws that failure, so that none is missed or said twice. What `close` has not written is lost,
+/// and so is what was written to a file that has been deleted since it was opened: `close` says that too.
 class OutputFile {
 public:
     /// Opens the file and creates it if there is none, yet leaves its contents; "-" is standard output.
+    /// Throws `FileError`.
     explicit OutputFile(const std::string& path);
 
     /// Its path as given, or "<stdout>".
@@ -25,21 +25,23 @@ public:
     /// Someone else reads it, and may show it anywhere.
     bool isPipe() const { return S_ISFIFO(status_.st_mode); }
 
-    /// Empties a regular file that was opened by its path.
+    /// Empties a regular file that was opened by its path. Throws `FileError`.
     void truncate();
     /// Each write call to the system ends where one of these writes ends.
     void write(std::string_view bytes);
     void flush();
+    /// Whether a write has failed, so that there is no use in going on.
+    bool hasFailed() const { return error_ != 0; }
+    /// Throws `FileError`; `ReaderLeft` if all that failed is that nobody reads standard output any more.
     void close();
 
 private:
     void writeThrough(std::string_view bytes);
     bool isDeleted() const;
-    [[noreturn]] void fail(int error);
 
     std::string name_;
     bool isStandardOutput_;
-    bool failed_ = false;
+    int error_ = 0;  // of the first write that failed, a value of errno
     FileDescriptor file_;
     struct stat status_;
     std::string buffer_;

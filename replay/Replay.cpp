@@ -81,9 +81,13 @@ void Replay::attempt(uint64_t ticket, Step step) {
 
 void Replay::stopAfter(uint64_t ticket, std::exception_ptr failure) {
     const std::lock_guard<std::mutex> lock(stopping_);
-    if (ticket > lastTicket_ || (ticket == lastTicket_ && failure_)) return;
-    lastTicket_ = ticket;
-    failure_ = std::move(failure);
+    lastTicket_ = std::min(lastTicket_.load(), ticket);
+    if (!failure_) failure_ = std::move(failure);
+}
+
+/// Closing the file says what has failed.
+void Replay::stopIfAnOutputFailed(uint64_t ticket) {
+    if (files_.hasFailedOutput()) stopAfter(ticket);
 }
 
 /// False at the end.
@@ -95,15 +99,15 @@ bool Replay::read(Work& work) {
     attempt(work.ticket, [&] {
         found = reader_.next(work.batch.lines());
         if (found == BatchReader::Found::LongLine) handleLongLine(work.ticket);
+        if (found != BatchReader::Found::End && options_.isDone) work.place = reader_.place();
     });
     if (found == BatchReader::Found::End) {
         hasReachedEnd_ = interruption() == 0;
         return false;
     }
-    ++tickets_;
     work.bytesRead = reader_.bytesRead();
-    if (options_.isDone) work.place = reader_.place();
     work.isInLastFile = reader_.isInLastFile();
+    ++tickets_;  // from here on nothing may keep it from its turns
     return true;
 }
 
@@ -112,80 +116,101 @@ bool Replay::awaitInput() {
     const uint64_t ticket = tickets_;  // of the thread that reads, which is here
     writing_.wait(ticket);
     for (OutputFile* file : files_.outputs()) file->flush();
+    stopIfAnOutputFailed(ticket);
     console_.waiting(counts_);
-    return !isDiscarded(ticket);
+    return lastTicket_ == kNoTicket;
 }
 
 /// Copies the line to the rejects part by part: it may be longer than memory.
 void Replay::handleLongLine(uint64_t ticket) {
     writing_.wait(ticket);
     if (isDiscarded(ticket)) return;
+    const LinePlace place = reader_.place();
     ++counts_.read;
-    lastPlace_ = reader_.place();
-    countBad(lastPlace_, "longer than " + std::to_string(LineReader::kMaxLineLength) + " bytes");
+    countBad(place);
+    sayBad(place, "longer than " + std::to_string(LineReader::kMaxLineLength) + " bytes");
     do {
         if (files_.rejects) files_.rejects->write(reader_.reader().text());
-    } while (reader_.reader().nextPart());
+    } while (!files_.hasFailedOutput() && reader_.reader().nextPart());
     if (files_.rejects) files_.rejects->write("\n");
-    if (reader_.isCutOff()) console_.error(lastPlace_, "cut off: the run was interrupted");
+    stopIfAnOutputFailed(ticket);
+    if (!reader_.isCutOff()) {
+        lastPlace_ = place;
+    } else if (interruption() != 0) {
+        console_.error(place, "cut off: the run was interrupted");
+    }
 }
 
 void Replay::commit(const Work& work) {
     console_.resumed();
-    for (const EventBatch::Entry& entry : work.batch.entries()) commit(entry);
-    if (!work.batch.entries().empty()) lastPlace_ = work.batch.entries().back().place;
-
-    // What was processed is counted, so none of it is kept from the other files if one fails.
-    const auto write = [&](std::optional<OutputFile>& file, const std::string& text) {
-        if (file) attempt(work.ticket, [&] { file->write(text); });
-    };
+    // What was processed is counted and written, even if there is no memory to speak of it.
+    for (const EventBatch::Entry& entry : work.batch.entries()) count(entry);
+    for (const EventBatch::Entry& entry : work.batch.entries()) attempt(work.ticket, [&] { show(entry); });
     const EventBatch::Texts& texts = work.batch.texts();
-    if (!options_.onlyFollowed) attempt(work.ticket, [&] { files_.output.write(texts.output); });
-    write(files_.drops, texts.drops);
-    write(files_.monitorEvents, texts.monitorEvents);
-    write(files_.rejects, texts.rejects);
+    if (!options_.onlyFollowed) files_.output.write(texts.output);
+    if (files_.drops) files_.drops->write(texts.drops);
+    if (files_.monitorEvents) files_.monitorEvents->write(texts.monitorEvents);
+    if (files_.rejects) files_.rejects->write(texts.rejects);
+    stopIfAnOutputFailed(work.ticket);
 
+    if (!work.batch.entries().empty()) lastPlace_ = work.batch.entries().back().place;
     if (!isDiscarded(work.ticket)) counts_.bytes = work.bytesRead;
     console_.progress(counts_);
     if (options_.stopsAtBadLine && counts_.bad > 0) stopAfter(work.ticket);
     if (options_.isDone && options_.isDone(work.place, work.isInLastFile)) stopAfter(work.ticket);
 }
 
-void Replay::commit(const EventBatch::Entry& entry) {
+void Replay::count(const EventBatch::Entry& entry) {
     ++counts_.read;
+    if (entry.error) countBad(entry.place);
+    for (const EventBatch::Result& result : entry.results) {
+        if (!result.outcome) continue;
+        if (result.isReport) ++counts_.reported;
+        if (std::holds_alternative<Kept>(*result.outcome)) {
+            ++counts_.kept;
+        } else if (std::holds_alternative<Dropped>(*result.outcome)) {
+            ++counts_.dropped;
+        } else {
+            countBad(entry.place);
+        }
+    }
+}
+
+void Replay::countBad(const LinePlace& place) {
+    if (concerns(place)) ++counts_.bad;
+}
+
+void Replay::show(const EventBatch::Entry& entry) {
     const bool isFollowed = std::any_of(entry.results.begin(), entry.results.end(),
                                         [](const EventBatch::Result& result) { return result.journey != nullptr; });
     for (const LibraryLog::Message& message : entry.messages) {
         if (options_.onlyFollowed && !isFollowed) break;
         message.isWarning ? console_.warning(entry.place, message.text) : console_.error(entry.place, message.text);
     }
-    if (entry.error) countBad(entry.place, entry.error->text);
-    for (const EventBatch::Result& result : entry.results) commit(entry.place, result);
+    if (entry.error) sayBad(entry.place, entry.error->text);
+    for (const EventBatch::Result& result : entry.results) show(entry.place, result);
 }
 
-void Replay::commit(const LinePlace& place, const EventBatch::Result& result) {
+void Replay::show(const LinePlace& place, const EventBatch::Result& result) {
     if (!result.outcome) {
         if (!std::exchange(hasGoneTooFar_, true)) console_.warning(place, "reports beget reports; not all are logged");
         return;
     }
-    if (result.isReport) ++counts_.reported;
     const Outcome& outcome = *result.outcome;
-    if (std::holds_alternative<Kept>(outcome)) ++counts_.kept;
-    if (std::holds_alternative<Dropped>(outcome)) ++counts_.dropped;
     if (const auto* failed = std::get_if<Failed>(&outcome)) {
-        countBad(place, "the pipeline cannot process it: " + failed->reason);
+        sayBad(place, "the pipeline cannot process it: " + failed->reason);
     }
-    if (const auto* unwritable = std::get_if<Unwritable>(&outcome)) countBad(place, unwritable->reason);
+    if (const auto* unwritable = std::get_if<Unwritable>(&outcome)) sayBad(place, unwritable->reason);
 
     const Observation observation{place,   result.isReport,    result.name,         result.realtimeMs,
                                   outcome, result.event.get(), result.journey.get()};
     for (const auto& observer : options_.observers) observer(observation);
 }
 
-void Replay::countBad(const LinePlace& place, const std::string& reason) {
-    if (options_.concerns && !options_.concerns(place)) return;
-    ++counts_.bad;
-    console_.error(place, reason);
+bool Replay::concerns(const LinePlace& place) const { return !options_.concerns || options_.concerns(place); }
+
+void Replay::sayBad(const LinePlace& place, const std::string& reason) {
+    if (concerns(place)) console_.error(place, reason);
 }
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -45,9 +45,9 @@ public:
     /// All arguments lent must outlive it. What stops at a bad line has one thread.
     Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, Options options);
 
-    /// Reads the inputs to their end, until it is interrupted, or to the first bad line if that is to stop the run.
-    /// Throws `FileError`; the counts then say how far it came. Outputs may still hold lines in their buffers
-    /// afterwards.
+    /// Reads the inputs to their end, until it is interrupted, until an output fails, or to the first bad line if that
+    /// is to stop the run. Throws `FileError` if it is the input or the store that fails; the counts then say how far
+    /// it came. To close the outputs, which may still hold lines in their buffers, is left to the caller.
     void run();
 
     const Counts& counts() const { return counts_; }
@@ -75,6 +75,7 @@ private:
     template <typename Step>
     void attempt(uint64_t ticket, Step step);
     void stopAfter(uint64_t ticket, std::exception_ptr failure = nullptr);
+    void stopIfAnOutputFailed(uint64_t ticket);
     bool isDiscarded(uint64_t ticket) const { return ticket > lastTicket_; }
 
     bool read(Work& work);
@@ -82,9 +83,12 @@ private:
     void handleLongLine(uint64_t ticket);
 
     void commit(const Work& work);
-    void commit(const EventBatch::Entry& entry);
-    void commit(const LinePlace& place, const EventBatch::Result& result);
-    void countBad(const LinePlace& place, const std::string& reason);
+    void count(const EventBatch::Entry& entry);
+    void countBad(const LinePlace& place);
+    void show(const EventBatch::Entry& entry);
+    void show(const LinePlace& place, const EventBatch::Result& result);
+    void sayBad(const LinePlace& place, const std::string& reason);
+    bool concerns(const LinePlace& place) const;
 
     RunFiles& files_;
     DevicePipeline& pipeline_;
@@ -104,7 +108,7 @@ private:
 
     std::atomic<uint64_t> lastTicket_ = kNoTicket;  // batches after it are discarded
     std::mutex stopping_;                           // to lower it, and for what follows
-    std::exception_ptr failure_;                    // in that batch
+    std::exception_ptr failure_;                    // the first, of whatever batch
 };
 
 }  // namespace Velo::OS::Telemetry::replay

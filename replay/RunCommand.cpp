@@ -1,7 +1,6 @@
 #include "replay/RunCommand.h"
 
 #include <chrono>
-#include <csignal>
 #include <map>
 #include <memory>
 #include <optional>
@@ -20,6 +19,7 @@
 #include "replay/JourneyStart.h"
 #include "replay/LibraryLog.h"
 #include "replay/Replay.h"
+#include "replay/RunEnd.h"
 #include "replay/RunFiles.h"
 #include "replay/RunReport.h"
 
@@ -36,12 +36,12 @@ private:
     int_type overflow(int_type character) override {
         const char byte = traits_type::to_char_type(character);
         if (!traits_type::eq_int_type(character, traits_type::eof())) file_.write({&byte, 1});
-        return traits_type::not_eof(character);
+        return file_.hasFailed() ? traits_type::eof() : traits_type::not_eof(character);
     }
 
     std::streamsize xsputn(const char* bytes, std::streamsize count) override {
         file_.write({bytes, static_cast<size_t>(count)});
-        return count;
+        return file_.hasFailed() ? 0 : count;
     }
 
     OutputFile& file_;
@@ -50,8 +50,9 @@ private:
 void writeTrace(OutputFile& file) {
     FileStreamBuffer buffer(file);
     std::ostream stream(&buffer);
-    stream.exceptions(std::ios::badbit);  // lets a `FileError` through
-    if (!host::writeTrace(stream)) throw FileError("cannot write " + file.name());
+    const bool isWritten = host::writeTrace(stream);
+    file.close();
+    if (!isWritten) throw FileError("cannot write " + file.name());
 }
 
 /// Those who look at all of a run, beside the files that it writes.
@@ -115,10 +116,7 @@ bool finishTrace(RunFiles& files, Console& console) {
     if (!files.trace) return true;
     host::stopTracing();
     if (!host::isTraceComplete()) console.warning(files.trace->name() + " lacks some slices");
-    return console.attempt([&] {
-        writeTrace(*files.trace);
-        files.trace->close();
-    });
+    return console.attempt([&] { writeTrace(*files.trace); });
 }
 
 /// Says what does not hold. Returns the status of the run, which that may change.
@@ -132,15 +130,6 @@ ExitStatus checkExpectations(const Expectations& expectations, const Replay& rep
     for (const std::string& failure : failures) console.error(failure);
     if (failures.empty()) console.note("all is as expected");
     return failures.empty() ? status : ExitStatus::BadInput;
-}
-
-/// A pipe may have brought more, which nobody can read again, and a file can be read from there.
-void sayInterrupted(const Replay& replay, Console& console) {
-    if (interruption() == SIGINT) console.endLine();
-    if (replay.isComplete()) return;
-    const LinePlace& place = replay.lastPlace();
-    console.note(place.line > 0 ? toText(place) + ": interrupted after this line"
-                                : "interrupted before the first line");
 }
 
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
@@ -158,10 +147,10 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     RunFacts facts;
     facts.started = std::chrono::system_clock::now();
     const auto start = std::chrono::steady_clock::now();
-    bool usable = console.attempt([&] { replay.run(); });
-    console.hideStatus();
-    if (interruption() != 0) sayInterrupted(replay, console);
-    usable &= closeEventFiles(files, console);
+    const bool hasRun = runOnConsole(replay, console);
+    const bool areClosed = closeEventFiles(files, console);
+    if (areClosed) sayWhereItEnded(replay, hasRun, files, console);
+    bool usable = hasRun && areClosed;
     usable &= console.attempt([&] { device.handBackSequenceNumbers(); });
     facts.elapsed = std::chrono::steady_clock::now() - start;
     facts.counts = replay.counts();

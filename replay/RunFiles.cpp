@@ -117,6 +117,11 @@ std::vector<OutputFile*> RunFiles::outputs() {
     return all;
 }
 
+bool RunFiles::hasFailedOutput() const {
+    const auto hasFailed = [](const std::optional<OutputFile>& file) { return file && file->hasFailed(); };
+    return output.hasFailed() || hasFailed(rejects) || hasFailed(drops) || hasFailed(monitorEvents);
+}
+
 void RunFiles::emptyOutputs() {
     for (OutputFile* file : outputs()) file->truncate();
 }

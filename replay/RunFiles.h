@@ -24,6 +24,8 @@ struct RunFiles {
     bool isTyped() const;
 
     std::vector<OutputFile*> outputs();
+    /// Whether one that is written during the run has.
+    bool hasFailedOutput() const;
     /// Not before everything else is known to be in order.
     void emptyOutputs();
 };

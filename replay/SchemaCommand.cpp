@@ -40,13 +40,12 @@ std::string describe(EventSchemaHandler& schema, const std::string& name) {
 template <typename Command>
 ExitStatus run(Console& console, Command command) {
     ExitStatus status = ExitStatus::Unusable;
-    console.attempt([&] {
+    const bool isUsable = console.attempt([&] {
         OutputFile output("-");
-        const ExitStatus result = command(output);
+        status = command(output);
         output.close();
-        status = result;
     });
-    return status;
+    return isUsable ? status : ExitStatus::Unusable;
 }
 
 }  // namespace

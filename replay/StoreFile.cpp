@@ -32,7 +32,10 @@ StoreFile::StoreFile(const std::optional<std::string>& path) : name_(path.value_
     Statement(*this, "PRAGMA journal_mode = WAL").texts();
 }
 
-void StoreFile::fail(const std::string& reason) const { throw FileError("cannot use " + name_ + ": " + reason); }
+void StoreFile::fail(const std::string& reason) {
+    hasFailed_ = true;
+    throw FileError("cannot use " + name_ + ": " + reason);
+}
 
 /// Before anything is written. A damaged index could bring a number into circulation twice.
 void StoreFile::checkContents() {
@@ -43,13 +46,13 @@ void StoreFile::checkContents() {
     if (findings != std::vector<std::string>{"ok"}) fail("it is damaged: " + findings.front());
 }
 
-void StoreFile::checkInPlace() const {
+void StoreFile::checkInPlace() {
     int hasMoved = 0;
     sqlite3_file_control(database_.get(), /*zDbName=*/nullptr, SQLITE_FCNTL_HAS_MOVED, &hasMoved);
     if (hasMoved != 0) fail("it was moved or deleted meanwhile");
 }
 
-void StoreFile::check(int result, int expected) const {
+void StoreFile::check(int result, int expected) {
     if (result != expected) fail(sqlite3_errmsg(database_.get()));
 }
 

@@ -13,15 +13,17 @@ namespace Velo::OS::Telemetry::replay {
 
 /// The SQLite file in which a replay keeps what outlives it on a device, with a write-ahead log beside it. Several
 /// processes may use it at once. Whatever fails throws `FileError`, "cannot use store.db: database is locked"; so does
-/// opening a store that is damaged, or a database of something else, which is left as it is.
+/// opening a store that is damaged, or a database of something else, whose contents are left as they are.
 class StoreFile {
 public:
     /// Opens the file and creates it if there is none; without a path, one that vanishes afterwards.
     explicit StoreFile(const std::optional<std::string>& path);
 
-    [[noreturn]] void fail(const std::string& reason) const;
+    [[noreturn]] void fail(const std::string& reason);
+    /// Whether it has: to try again could take long and say the same.
+    bool hasFailed() const { return hasFailed_; }
     /// Fails if the file no longer is what its path names: who opens that next knows nothing of what is in here.
-    void checkInPlace() const;
+    void checkInPlace();
 
     /// SQL with parameters, prepared once and run often. Must not outlive the file.
     class Statement {
@@ -72,9 +74,10 @@ private:
 
     void checkContents();
     /// Throws unless the result code is the one that is expected.
-    void check(int result, int expected) const;
+    void check(int result, int expected);
 
     std::string name_;
+    bool hasFailed_ = false;
     std::unique_ptr<sqlite3, Close> database_;
 };
 

@@ -49,6 +49,7 @@ uint64_t StoredSequenceNumbers::getNextPerTypeSequenceNumber(const std::string& 
 
 void StoredSequenceNumbers::handBack() {
     const std::lock_guard<std::mutex> lock(mutex_);
+    if (store_.hasFailed()) return;
     store_.checkInPlace();
     StoreFile::Statement handBack(store_, "UPDATE sequence_numbers SET next = ?2 WHERE sequence = ?1 AND next = ?3");
     const auto handBackRange = [&](const std::string& sequence, Range& range) {

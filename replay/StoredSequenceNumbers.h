@@ -26,7 +26,8 @@ public:
     uint64_t getNextGlobalSequenceNumber(bool priority) override;
     uint64_t getNextPerTypeSequenceNumber(const std::string& eventName) override;
 
-    /// Hands back the numbers that are reserved and not drawn, unless another process has reserved beyond them.
+    /// Hands back the numbers that are reserved and not drawn, unless another process has reserved beyond them, or the
+    /// store has failed: then they leave a gap.
     void handBack();
 
 private:
