@@ -89,4 +89,9 @@ private:
     std::string_view rest_;
 };
 
+/// Whether a key or string of the bundle may hold a NUL, where the name that it becomes ends: two keys may become one.
+inline bool mayHoldNul(std::string_view text) {
+    return text.find('\0') != std::string_view::npos || text.find("\\0000") != std::string_view::npos;
+}
+
 }  // namespace Velo::OS::Telemetry::fuzz

@@ -2,6 +2,7 @@
 
 #include <json/json.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <exception>
@@ -57,10 +58,18 @@ inline bool hasPlainTexts(const Json::Value& value) {
     return true;
 }
 
-/// A comment in the text may have swallowed what follows it. What is no UTF-8 is replaced, which may change the order
-/// of names or make two of them one.
+/// Whether the value, or one within it, has a comment: jsoncpp's reader keeps them, and its writer writes them.
+inline bool hasComments(const Json::Value& value) {
+    for (const auto place : {Json::commentBefore, Json::commentAfterOnSameLine, Json::commentAfter}) {
+        if (value.hasComment(place)) return true;
+    }
+    return std::any_of(value.begin(), value.end(), hasComments);
+}
+
+/// A comment may have swallowed what follows it. What is no UTF-8 is replaced, which may change the order of names or
+/// make two of them one.
 inline void requireReadsBack(const std::string& text, const Json::Value& value) {
-    if (text.find("//") != std::string::npos || text.find("/*") != std::string::npos) return;
+    if (hasComments(value)) return;
     const std::optional<Json::Value> read = jsoncppValue(text);
     require(read.has_value(), "What is written can be read", text);
     if (hasPlainTexts(value)) requireEqual(jsoncppText(*read), text, "What is read is written as the same text");
@@ -102,11 +111,12 @@ inline void requireSurvivesBundle(const Json::Value& value) {
 inline void requireWrittenLikeJsoncpp(const Json::Value& value) {
     Json::Value data;
     data["value"] = value;
+    Json::Value expected(data);
+    expected["realtime"] = false;
     TelemetryEventBundle event("e", std::move(data), 1000, IntakeFormat::JsonBundle);
     const std::string text = event.getJsonString();
-    const Json::Value written = event.getJsonValue();
-    requireEqual(text, jsoncppText(written), "An event is written as jsoncpp would write it");
-    requireReadsBack(text, written);
+    requireEqual(text, jsoncppText(expected), "An event is written as jsoncpp would write it");
+    requireReadsBack(text, expected);
 }
 
 }  // namespace Velo::OS::Telemetry::fuzz

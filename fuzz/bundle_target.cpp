@@ -78,6 +78,12 @@ bool plainlyConverted(Bundle bundle, Json::Value& json) {
     return bundle.erase(marker()) > 0 ? plainArray(bundle, json) : plainObject(bundle, json);
 }
 
+/// A NaN is unequal to itself, and so is every bundle that one is in.
+bool holdsNaN(const Bundle& bundle) {
+    const Bundle& same = bundle;
+    return !(bundle == same);
+}
+
 /// Each scalar, asked for by its key, is what the conversion made of it.
 void requireScalarsAgree(const Bundle& bundle, const Json::Value& json) {
     for (const auto& keys : {bundle.getBooleanKeys(), bundle.getIntKeys(), bundle.getLongKeys(), bundle.getDoubleKeys(),
@@ -103,13 +109,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Json::Value expected;
     const bool isConverted = convertBundleToJson(given, json);
 
-    if (bundle == bundle)
-        fuzz::require(given == withoutMarker, "Only the marker is taken out of the bundle");  // no NaN
+    fuzz::require(given.size() == withoutMarker.size() && (holdsNaN(bundle) || given == withoutMarker),
+                  "Only the marker is taken out of the bundle");
     fuzz::require(isConverted == plainlyConverted(bundle, expected), "The conversion fails where it is to fail");
     if (!isConverted) return 0;
     fuzz::requireEqual(fuzz::jsoncppText(json), fuzz::jsoncppText(expected), "The conversion gives what it is to give");
-    // Two keys may become one name, at a NUL.
-    if (!isArray && text.find("\\0000") == std::string_view::npos) requireScalarsAgree(bundle, json);
+    if (!isArray && !fuzz::mayHoldNul(text)) requireScalarsAgree(bundle, json);
     fuzz::requireWrittenLikeJsoncpp(json);
     fuzz::requireSurvivesBundle(json);
     return 0;

@@ -1,5 +1,8 @@
 // Descriptions of devices.
 
+#include <algorithm>
+
+#include "fuzz/JsonProperties.h"
 #include "fuzz/Lines.h"
 #include "fuzz/MemoryFile.h"
 #include "replay/DeviceFile.h"
@@ -34,7 +37,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string fault = faultOf(memory, [](replay::InputFile& file) { replay::readDevice(file); });
     const std::string listed = faultOf(memory, [](replay::InputFile& file) {
         for (const replay::ReadValue& value : replay::listDevice(&file)) {
-            fuzz::require(!value.path.empty() && !value.source.empty(), "Each value has a path and a source");
+            const bool isPlaced = value.source == "default" || value.source.starts_with(file.name() + ":");
+            fuzz::require(!value.path.empty() && isPlaced, "Each value has a path and a source", value.source);
+            fuzz::require(fuzz::jsoncppValue(value.value).has_value(), "Each value is JSON", value.value);
         }
     });
     fuzz::requireEqual(listed, fault, "A file can be listed if it can be read");

@@ -51,24 +51,34 @@ void requireHeader(TelemetryEventBundle& event, const Properties& properties) {
     fuzz::requireEqual(event.getJsonBatchHeaderString(), fuzz::jsoncppText(header), "The header is that of jsoncpp");
 }
 
+/// An event and what it is to hold.
+struct Expected {
+    std::string textOfData() const { return data ? fuzz::jsoncppText(*data) : std::string(); }
+
+    std::optional<Json::Value> data;  // none if it cannot be written
+    Properties properties;
+};
+
 /// `keepsAnswers`: whether the conversion of its bundle changes none of them.
-void examine(TelemetryEventBundle& event, const Properties& properties, bool keepsAnswers) {
+void examine(TelemetryEventBundle& event, Expected expected, bool keepsAnswers) {
     const std::string before = answersOf(event);
     const std::string identifier = event.getStringIdentifier();
     const std::string text = event.getJsonString();
     const Json::Value data = event.getJsonValue();
+    fuzz::requireEqual(text, expected.textOfData(), "An event is written with its data");
     if (!text.empty()) {
         fuzz::requireEqual(text, fuzz::jsoncppText(data), "An event is written as jsoncpp would write it");
         fuzz::requireReadsBack(text, data);
         fuzz::require(event.size() == data.size(), "The size of a converted event is that of its data", text);
         if (keepsAnswers) fuzz::requireEqual(answersOf(event), before, "The conversion changes no answer");
     }
-    requireHeader(event, properties);
+    requireHeader(event, expected.properties);
     const std::string header = ", data: " + event.getJsonString() + ", header: " + event.getJsonBatchHeaderString();
     fuzz::require(event.getDebugString().ends_with(header), "The debug line ends in both texts", header);
     event.addString("marker_id", "later");
     fuzz::requireEqual(event.getStringIdentifier(), identifier, "The identifier never changes");
-    fuzz::require(event.getJsonString().empty() == text.empty(), "What can be written can be with one more member");
+    if (expected.data) (*expected.data)["marker_id"] = "later";
+    fuzz::requireEqual(event.getJsonString(), expected.textOfData(), "A member is written that was added later");
 
     TelemetryEventBundle moved(std::move(event));
     fuzz::require(moved.deviceId().empty() && moved.consentState() == 0, "A moved event has no properties");
@@ -80,16 +90,18 @@ void examine(TelemetryEventBundle& event, const Properties& properties, bool kee
     event.getJsonString();
 }
 
-void addTo(TelemetryEventBundle& event, const Json::Value& data, Properties& properties) {
+void addTo(TelemetryEventBundle& event, const Json::Value& data, Expected& expected) {
     if (!data.isObject()) return;
     for (auto member = data.begin(); member != data.end(); ++member) {
         const std::string name = member.name();
         if (name.starts_with('#') && member->isString()) {
-            event.addProperty(name.substr(1), properties[name.substr(1)] = member->asString());
+            event.addProperty(name.substr(1), expected.properties[name.substr(1)] = member->asString());
         } else if (name == "sample_rate" && member->isNumeric()) {
             event.setSampleRate(member->asFloat());
+            (*expected.data)["applied_sample_rate"] = event.getFromEventMetadata("applied_sample_rate");
         } else {
             event.addJson(name, Json::Value(*member));
+            (*expected.data)[name] = *member;
         }
     }
 }
@@ -104,16 +116,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
 
     const auto format = static_cast<IntakeFormat>(name.size() % 8);
     TelemetryEventBundle jsonEvent(name, data, 10123, format);
-    fuzz::require(jsonEvent.getJsonString().empty() == !(data.isObject() || data.isNull()),
-                  "A JSON event can be written if its data is an object", fuzz::jsoncppText(data));
-    Properties properties;
-    addTo(jsonEvent, data, properties);
-    examine(jsonEvent, properties, true);
+    Expected json;
+    if (data.isObject() || data.isNull()) (*(json.data = data))["realtime"] = false;
+    addTo(jsonEvent, data, json);
+    examine(jsonEvent, std::move(json), true);
 
-    TelemetryEventBundle bundleEvent(name, 10123, name.size() % 2 == 1, fuzz::BundleText(rest).read());
-    properties.clear();
-    addTo(bundleEvent, data, properties);
-    // Two keys may become one name, at a NUL.
-    examine(bundleEvent, properties, rest.find("\\0000") == std::string_view::npos);
+    android::os::PersistableBundle bundle = fuzz::BundleText(rest).read();
+    const bool isPriority = name.size() % 2 == 1;
+    TelemetryEventBundle bundleEvent(name, 10123, isPriority, bundle);
+    Expected converted{Json::Value(), {}};
+    (*converted.data)["realtime"] = isPriority;
+    addTo(bundleEvent, data, converted);
+    if (!convertBundleToJson(bundle, *converted.data)) converted.data.reset();
+    examine(bundleEvent, std::move(converted), !fuzz::mayHoldNul(rest));
     return 0;
 }

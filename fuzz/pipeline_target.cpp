@@ -3,8 +3,9 @@
 
 #include <algorithm>
 
-#include "fuzz/Answers.h"
 #include "fuzz/Lines.h"
+#include "fuzz/PlainPipeline.h"
+#include "fuzz/Services.h"
 #include "replay/EventDecoder.h"
 #include "telemetry/AccountCheckpointGuard.h"
 #include "telemetry/ApplicationInfoApplier.h"
@@ -24,74 +25,34 @@
 #include "telemetry/SizeLimiterMonitor.h"
 #include "telemetry/SystemPropertyApplier.h"
 #include "telemetry/TelemetryEventProcessorBuilder.h"
-#include "telemetry/TelemetrySorelconfigs.h"
 #include "telemetry/TelemetryStateGuard.h"
 #include "telemetry/TimestampApplier.h"
 #include "telemetry/VerificationMonitor.h"
-#include "tests/fakes/FakeGuardServices.h"
-#include "tests/fakes/FakeServices.h"
-#include "tests/fakes/FakeTelemetrySettings.h"
 
 namespace {
 
 using namespace Velo::OS::Telemetry;
-using fuzz::Answers;
+using fuzz::PlainPipeline;
+using fuzz::Services;
 
-/// Everything that is injected, its answers chosen before each event.
-struct Services {
-    std::shared_ptr<fakes::FakeTelemetrySettings> settings = fakes::FakeTelemetrySettings::install();
-    std::shared_ptr<fakes::FakeGuardServices> guards = std::make_shared<fakes::FakeGuardServices>();
-    std::shared_ptr<fakes::FakeServices> appliers = std::make_shared<fakes::FakeServices>();
+constexpr const char* kReports[] = {
+    "telemetry_event_intake_monitor_audit",
+    "event_size_limit_breach",
+    "arvo_mobile_telemetry_statsd_verification_monitor",
+    "arvo_telemetry_checkpoint_status_monitor",
+    "telemetry_event_filtering_audit",
+    "telemetry_service_event_rate_limit_breach",
+    "telemetry_service_dynamic_telemetry_guard_performance",
+    "telemetry_service_dynamic_telemetry_monitor",
+    "telemetry_service_dynamic_telemetry_config_performance",
 };
-
-void answer(Answers& answers, fakes::FakeTelemetrySettings& settings) {
-    settings.openGate = TelemetrySorelconfigs::EnableIntakeMonitor;
-    settings.enabled = !answers.truth();
-    settings.verbose = answers.truth();
-    settings.inVerification = answers.truth();
-    settings.clockAdjusted = answers.truth();
-    settings.accountMode = answers.truth();
-    settings.clockAdjustmentMs = answers.number();
-    settings.managedMode = static_cast<int32_t>(answers.number());
-    settings.telemetryDeviceId = answers.truth() ? std::nullopt : std::optional(answers.text());
-    settings.morlekDeviceId = answers.text();
-}
-
-void answer(Answers& answers, const TelemetryEvent& event, fakes::FakeGuardServices& guards) {
-    guards.rateLimit = {answers.number(), answers.number(), answers.number()};
-    guards.checkpointed = {answers.truth() ? event.uid() : 0};
-    guards.unwanted = {answers.truth() ? event.name() : ""};
-    guards.refused = {answers.truth() ? event.name() : ""};
-    guards.sampleRate = answers.rate();
-    guards.configId = answers.text();
-    guards.logs = {{{{{answers.text(), answers.number()}}, answers.text(), answers.number()}},
-                   {{answers.text(), answers.text(), {{answers.text(), answers.number()}}, answers.number()}}};
-    guards.fetches = {{answers.text(), answers.text(), answers.number(), FetchOutcome{answers.truth() ? 9 : 1}}};
-    guards.filters = answers.truth();
-    guards.consents = answers.truth();
-    for (bool& fact : guards.facts) fact = answers.truth();
-    guards.schemaTimestamp = static_cast<uint64_t>(answers.number());
-}
-
-void answer(Answers& answers, fakes::FakeServices& appliers) {
-    appliers.userId = answers.text();
-    appliers.package = {answers.text(), answers.number(), answers.text()};
-    appliers.foreground = {answers.text(), answers.number(), answers.text()};
-    appliers.global = static_cast<uint64_t>(answers.number());
-    appliers.perType = static_cast<uint64_t>(answers.number());
-    appliers.attachToAll = answers.truth();
-    appliers.sessions = answers.json();
-    appliers.sessionsV2 = answers.text();
-    appliers.overrides.clear();
-    for (const char* key : {"id", "sdk_app_package_version_name", "sdk_app_package_version_code"}) {
-        if (answers.truth()) appliers.overrides[key] = answers.json();
-    }
-}
 
 /// The callback of all stages: one report under one name, which holds both times.
 void requireReport(const android::os::PersistableBundle& envelope, bool flag, unsigned int /*uid*/) {
     const std::set<android::String16> names = envelope.getPersistableBundleKeys();
     fuzz::require(!flag && envelope.size() == 1 && names.size() == 1, "A report is one bundle under its name");
+    const std::string name = android::String8(*names.begin()).string();
+    fuzz::require(std::count(std::begin(kReports), std::end(kReports), name) == 1, "A report has a known name", name);
     android::os::PersistableBundle body;
     envelope.getPersistableBundle(*names.begin(), &body);
     for (const char* key : {"utl_uptime_ms", "utl_realtime_ms"}) {
@@ -127,66 +88,72 @@ std::shared_ptr<TelemetryEventProcessor> makePipeline(const Services& services) 
     return std::move(builder).build();
 }
 
-void requireKept(TelemetryEvent& event) {
+void requireKept(TelemetryEvent& event, const PlainPipeline& plain) {
+    plain.requireLike(event);
     const std::string text = event.getJsonString();
     const Json::Value data = event.getJsonValue();
     if (!text.empty()) {
         fuzz::requireEqual(text, fuzz::jsoncppText(data), "An event is written as jsoncpp would write it");
         fuzz::requireReadsBack(text, data);
-        fuzz::require(data.isMember("timestamp"), "A kept event has been through the last stage", text);
     }
     fuzz::require(fuzz::jsoncppValue(event.getJsonBatchHeaderString()).has_value(), "The header can be read");
     event.getDebugString();
 }
 
-/// Each stage that was entered is counted, and a drop is counted once, by its guard; the guard of the telemetry's state
-/// alone counts none.
-void requireCounted(const std::vector<std::string>& calls, bool isDropped) {
-    const auto count = [&](const char* begin) {
-        return std::count_if(calls.begin(), calls.end(),
-                             [&](const std::string& call) { return call.starts_with(begin); });
+/// Stages are traced and counted as the event enters them, a drop by its guard alone, and numbers are drawn for what is
+/// kept.
+void requireToldOf(const std::vector<std::string>& calls, const PlainPipeline& plain, const Services& services) {
+    const auto joined = [](const std::vector<std::string>& from) {
+        std::string lines;
+        for (const std::string& call : from) {
+            if (call.starts_with("trace ") || call.starts_with("count ")) lines.append(call).append("\n");
+        }
+        return lines;
     };
-    std::string all;
-    for (const std::string& call : calls) all.append(call).append("\n");
-    fuzz::require(count("trace ") == count("count processor_"), "Each stage that is entered is counted", all);
-    const bool wasStateGuard = all.find("\ncount processor_pathway_guard 1\n") == std::string::npos;
-    fuzz::require(count("count guard_") == (isDropped && !wasStateGuard ? 1 : 0), "A drop is counted once", all);
+    fuzz::requireEqual(joined(calls), joined(plain.calls()), "The managers are told what becomes of an event");
+    const std::vector<std::string> asked = services.appliers->takeCalls();
+    const auto drawn =
+        std::count_if(asked.begin(), asked.end(), [](const std::string& call) { return call.starts_with("global "); });
+    fuzz::require(drawn == (plain.end() == PlainPipeline::End::Kept ? 1 : 0), "A number is drawn for each kept event");
 }
 
-/// Only these two kinds of events may make the library throw, where the uid in their data is none.
-bool mayThrow(const std::string& identifier) {
-    return identifier == "arvo_api_permission_state_event" || identifier == "arvo_sensitive_app_ops_monitor";
-}
-
-void process(Services& services, std::unique_ptr<TelemetryEventBundle> event) {
+/// `twin` is an event like the one processed.
+void process(const Services& services, std::unique_ptr<TelemetryEventBundle> event, TelemetryEventBundle& twin) {
     const auto pipeline = makePipeline(services);
-    services.guards->take();  // an event that made a stage throw has left its calls
-    const std::string identifier = event->getStringIdentifier();
+    std::optional<EventResult> result;
     try {
-        EventResult result = pipeline->processEvent(std::move(event));
-        requireCounted(services.guards->take(), result.hasError());
-        if (result.hasValue()) return requireKept(*result.takeValue());
-        fuzz::require(result.error() == std::error_code(EINVAL, std::generic_category()), "Only guards drop events");
-    } catch (const Json::LogicError& error) {
-        fuzz::require(mayThrow(identifier), "The library does not throw", error.what());
+        result = pipeline->processEvent(std::move(event));
+    } catch (const Json::LogicError&) {
     }
+    const std::vector<std::string> calls = services.guards->take();
+    const PlainPipeline plain(twin, services, calls);
+    requireToldOf(calls, plain, services);
+    fuzz::require(result.has_value() == (plain.end() != PlainPipeline::End::Thrown),
+                  "The library throws of a uid that is none and of nothing else", twin.getJsonString());
+    if (!result) return;
+    fuzz::require(result->hasValue() == (plain.end() == PlainPipeline::End::Kept), "Only guards drop events");
+    if (result->hasValue()) return requireKept(*result->takeValue(), plain);
+    fuzz::require(result->error() == std::error_code(EINVAL, std::generic_category()), "All drops have one code");
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    using Event = std::unique_ptr<TelemetryEventBundle>;
     std::string_view rest = fuzz::textOf(data, size);
-    Answers answers(fuzz::takeUntil('\n', rest));
-    Services services;
+    fuzz::Answers answers(fuzz::takeUntil('\n', rest));
+    const Services services;
     replay::EventDecoder decoder;
     while (!rest.empty()) {
-        replay::EventDecoder::Decoded decoded = decoder.decode(std::string(fuzz::takeUntil('\n', rest)));
-        auto* event = std::get_if<std::unique_ptr<TelemetryEventBundle>>(&decoded);
+        const std::string line(fuzz::takeUntil('\n', rest));
+        replay::EventDecoder::Decoded decoded = decoder.decode(line);
+        replay::EventDecoder::Decoded twin = decoder.decode(line);
+        auto* event = std::get_if<Event>(&decoded);
         if (!event) continue;
         answer(answers, *services.settings);
         answer(answers, **event, *services.guards);
         answer(answers, *services.appliers);
-        process(services, std::move(*event));
+        process(services, std::move(*event), *std::get<Event>(twin));
     }
     return 0;
 }
