@@ -2,8 +2,9 @@
 
 BUILD := build
 PREFIX ?= /usr/local
+TIDIED := conversion|event|clock|schema|processor|monitors|guards|appliers|platform|replay
 
-.PHONY: run test test-arm64 fuzz soak mutants bench bench-gate install tidy format clean deps
+.PHONY: run test test-arm64 fuzz soak mutants bench bench-gate install tidy format clean deps ci-deps
 
 run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
@@ -28,12 +29,12 @@ test-arm64:
 	@scripts/test-arm64
 
 # Makes small mistakes in the library's sources, and counts how many the tests notice. Takes too long for .ci/run.
-mutants: deps
+mutants:
+	@scripts/install-deps mutants
 	@scripts/check-mutants
 
 # Arbitrary inputs, FUZZ_SECONDS for each target: see fuzz/. Their corpora run with the tests.
 fuzz: $(BUILD)/fuzz/build.ninja
-	@scripts/install-deps ci
 	@cmake --build $(BUILD)/fuzz --target fuzz_targets
 	@scripts/fuzz $(BUILD)/fuzz
 
@@ -42,8 +43,8 @@ bench: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry_benchmarks
 	@$(BUILD)/release/benchmarks/telemetry_benchmarks
 
-# Instructions and allocations an event, which repeat exactly: fails if one is 3 % off what benchmarks/figures.json keeps.
-# `scripts/bench-gate --record` keeps what is now; `scripts/bench-gate --growth` fills tables up to a million.
+# Instructions and allocations an event, which repeat exactly: fails if one is 3 % off what benchmarks/figures.json
+# keeps. `scripts/bench-gate --record` keeps what is now; `scripts/bench-gate --growth` fills tables up to a million.
 bench-gate: deps $(BUILD)/release/build.ninja
 	@scripts/install-deps bench-gate
 	@cmake --build $(BUILD)/release --target telemetry_gate telemetry_allocation_counter telemetry-replay
@@ -65,9 +66,10 @@ install: deps $(BUILD)/release/build.ninja
 # Configures anew, or files added since would go unchecked.
 tidy: $(BUILD)/clang/build.ninja
 	@cmake --preset clang > /dev/null
-	@run-clang-tidy -quiet -p $(BUILD)/clang '^$(CURDIR)/(conversion|event|clock|schema|processor|monitors|guards|appliers|platform|replay)/'
+	@run-clang-tidy -quiet -p $(BUILD)/clang '^$(CURDIR)/($(TIDIED))/'
 
 format:
+	@scripts/install-deps format
 	@git ls-files --cached --others --exclude-standard '*.h' '*.cpp' | xargs clang-format -i
 
 clean:
@@ -76,6 +78,12 @@ clean:
 deps:
 	@scripts/install-deps
 
+ci-deps: deps
+	@scripts/install-deps ci
+
 # Ninja configures anew by itself when a CMake file changes.
 $(BUILD)/%/build.ninja: | deps
 	@cmake --preset $*
+
+# These presets take clang to configure.
+$(BUILD)/clang/build.ninja $(BUILD)/fuzz/build.ninja: | ci-deps

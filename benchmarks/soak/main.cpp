@@ -1,14 +1,17 @@
-// Usage: telemetry_soak [EVENTS [NAMES]]: processes that many events through all stages and fails if memory grows once
-// every name is known. `telemetry_soak tables`: what a name takes in each table.
+// `telemetry_soak [EVENTS [NAMES]]` processes that many events through all stages and fails if memory grows once every
+// name is known. `telemetry_soak tables`: what a name takes in each table.
 
 #include <android/log.h>
 #include <malloc.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <optional>
+#include <span>
 #include <string_view>
 
 #include "benchmarks/soak/MixedEvents.h"
@@ -18,6 +21,16 @@ namespace Velo::OS::Telemetry::benchmarks {
 namespace {
 
 constexpr size_t kMegabyte = 1'000'000;
+constexpr size_t kFewestEvents = 4'000'000;
+constexpr int kUsageError = 2;
+
+struct Amounts {
+    size_t events = 10'000'000;
+    size_t names = 100'000;
+};
+
+/// After how many events every name is known for sure, and tables have their size.
+size_t settlingTime(const Amounts& amounts) { return std::max<size_t>(kFewestEvents / 2, 2 * kKinds * amounts.names); }
 
 size_t heapInUse() {
     const struct mallinfo2 info = mallinfo2();
@@ -31,9 +44,10 @@ size_t residentSize() {
 }
 
 /// Prints what the heap holds each million events. False if it grew by more than 1 % after all names were known.
-bool soak(size_t events, size_t names) {
+bool soak(const Amounts& amounts) {
+    const auto [events, names] = amounts;
     const MixedPipeline pipeline(names);
-    const size_t known = std::max<size_t>(2'000'000, 2 * kKinds * names);
+    const size_t known = settlingTime(amounts);
     size_t settled = 0, last = 0;
     std::puts("    events   heap in use, MB    resident, MB");
     for (size_t i = 1; i <= events; ++i) {
@@ -46,7 +60,7 @@ bool soak(size_t events, size_t names) {
                     static_cast<double>(residentSize()) / kMegabyte);
         std::fflush(stdout);
     }
-    if (settled == 0 || last <= settled + settled / 100) return true;
+    if (last <= settled + settled / 100) return true;
     std::fprintf(stderr, "The heap grew by %zu bytes after all names were known\n", last - settled);
     return false;
 }
@@ -83,17 +97,47 @@ void measureTables() {
     measure("schema: ads personalization", [&](const auto& name) { schema.isAdsPersonalizationPurposeOnly(name); });
 }
 
+std::optional<size_t> toNumber(std::string_view text) {
+    size_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return number;
+}
+
+/// Nothing if they are no numbers, or too few to tell growth from what settles: that takes half of the events at most.
+std::optional<Amounts> toAmounts(std::span<char* const> arguments) {
+    Amounts amounts;
+    size_t* const members[] = {&amounts.events, &amounts.names};
+    if (arguments.size() > std::size(members)) return std::nullopt;
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        const std::optional<size_t> number = toNumber(arguments[i]);
+        if (!number) return std::nullopt;
+        *members[i] = *number;
+    }
+    const size_t mostNames = amounts.events / (4 * kKinds);
+    if (amounts.events < kFewestEvents || amounts.names == 0 || amounts.names > mostNames) return std::nullopt;
+    return amounts;
+}
+
+int run(std::span<char* const> arguments) {
+    if (arguments.size() == 1 && std::string_view(arguments[0]) == "tables") {
+        measureTables();
+        return EXIT_SUCCESS;
+    }
+    const std::optional<Amounts> amounts = toAmounts(arguments);
+    if (amounts) return soak(*amounts) ? EXIT_SUCCESS : EXIT_FAILURE;
+    std::fprintf(stderr,
+                 "usage: telemetry_soak [EVENTS [NAMES]] | tables\n"
+                 "EVENTS: %zu at least (10000000); NAMES: 1 at least, and at most EVENTS / %zu (100000)\n",
+                 kFewestEvents, 4 * kKinds);
+    return kUsageError;
+}
+
 }  // namespace
 }  // namespace Velo::OS::Telemetry::benchmarks
 
 int main(int count, char** arguments) {
     using namespace Velo::OS::Telemetry::benchmarks;
     __android_log_set_minimum_priority(ANDROID_LOG_FATAL);
-    if (count > 1 && std::string_view(arguments[1]) == "tables") {
-        measureTables();
-        return EXIT_SUCCESS;
-    }
-    const size_t events = count > 1 ? std::strtoull(arguments[1], nullptr, 10) : 10'000'000;
-    const size_t names = count > 2 ? std::strtoull(arguments[2], nullptr, 10) : 100'000;
-    return soak(events, names) ? EXIT_SUCCESS : EXIT_FAILURE;
+    return run(std::span<char* const>(arguments, static_cast<size_t>(count)).subspan(1));
 }
