@@ -4,7 +4,7 @@ BUILD := build
 PREFIX ?= /usr/local
 TIDIED := conversion|event|clock|schema|processor|monitors|guards|appliers|platform|replay
 
-.PHONY: run test test-arm64 fuzz soak mutants bench bench-gate install tidy format clean deps ci-deps
+.PHONY: run test test-arm64 fuzz soak mutants bench bench-gate install packages tidy format clean deps ci-deps
 
 run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
@@ -62,6 +62,14 @@ soak: deps $(BUILD)/release/build.ninja
 install: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target replay_documents
 	@DESTDIR="$(DESTDIR)" cmake --install $(BUILD)/release --prefix "$(PREFIX)" --strip
+
+# Two Debian packages: the libraries with the tool, and what building against them takes.
+packages: deps $(BUILD)/release/build.ninja
+	@scripts/install-deps packages
+	@cmake --build $(BUILD)/release --target telemetryprocessor telemetry-replay replay_documents
+	@cpack --config $(BUILD)/release/CPackConfig.cmake -B $(BUILD)/packages > $(BUILD)/packages.log 2>&1 || \
+		{ cat $(BUILD)/packages.log; exit 1; }
+	@ls $(BUILD)/packages/*.deb
 
 # Configures anew, or files added since would go unchecked.
 tidy: $(BUILD)/clang/build.ninja
