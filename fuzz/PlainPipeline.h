@@ -56,9 +56,9 @@ private:
         const Json::Value data = twin_.getJsonValue();
         const bool isPermission = identifier == kPermissionEvent;
         if (!isPermission && identifier != kOpsEvent) return twin_.uid();
-        if (!data.isObject()) return isPermission ? twin_.uid() : 0;
-        const Json::Value inner = data["data"];
-        const Json::Value& members = inner.isObject() && !inner.empty() ? inner : data;
+        const Json::Value inner = data.isObject() ? data["data"] : Json::Value();
+        const Json::Value& members = inner.empty() ? data : inner;
+        if (!members.isObject()) return isPermission ? twin_.uid() : 0;
         if (isPermission && members["source"] != "listener") return twin_.uid();
         const Json::Value& uid = members[isPermission ? "android_uid" : "op_caller_android_uid"];
         return uid.isConvertibleTo(Json::intValue) ? std::optional(static_cast<uint32_t>(uid.asInt())) : std::nullopt;

@@ -20,18 +20,28 @@ using Category = IEventSchemaHandler::EventCategory;
 
 // The answers as the format's documentation reads, with no thought of speed. What is of another type is missing.
 
-std::set<int> codesIn(const Json::Value& list) {
-    std::set<int> codes;
+/// A number without its fraction, 0 or 1 for a truth value, 0 for null; nothing for what none of them is or holds.
+std::optional<int> codeIn(const Json::Value& value) {
+    if (value.isNull() || value == false) return 0;
+    if (value == true) return 1;
+    if (value.isInt()) return value.asInt();
+    const bool isInRange = value.isDouble() && value.asDouble() > -2147483648.0 && value.asDouble() < 2147483647.0;
+    return isInRange ? std::optional(static_cast<int>(value.asDouble())) : std::nullopt;
+}
+
+std::set<std::optional<int>> codesIn(const Json::Value& list) {
+    std::set<std::optional<int>> codes;
     if (!list.isArray()) return codes;
-    for (const Json::Value& code : list) {
-        if (code.isInt()) codes.insert(code.asInt());
-    }
+    for (const Json::Value& code : list) codes.insert(codeIn(code));
     return codes;
 }
 
-std::string plainCategory(const std::set<int>& codes, const Json::Value& settings) {
-    const auto lists = [&](const char* name, int code) { return codesIn(memberOf(settings, name)).count(code) > 0; };
-    const auto isTheOne = [&](const char* name, int code) {
+std::string plainCategory(const std::set<std::optional<int>>& codes, const Json::Value& settings) {
+    if (codes.count(std::nullopt) > 0) return "INVALID";
+    const auto lists = [&](const char* name, std::optional<int> code) {
+        return codesIn(memberOf(settings, name)).count(code) > 0;
+    };
+    const auto isTheOne = [&](const char* name, std::optional<int> code) {
         return memberOf(settings, name).size() == 1 && lists(name, code);
     };
     constexpr char kOtherConsent[] = "NON_ESSENTIAL_WITH_OTHER_CONSENT";
@@ -39,7 +49,7 @@ std::string plainCategory(const std::set<int>& codes, const Json::Value& setting
     if (codes.size() == 1 && isTheOne("NEEDS_REVIEW", *codes.begin())) return "NEEDS_REVIEW";
     if (codes.size() == 1 && isTheOne(kOtherConsent, *codes.begin())) return kOtherConsent;
     bool isEssential = false;
-    for (const int code : codes) {
+    for (const std::optional<int> code : codes) {
         const bool isKnown = lists("ESSENTIAL", code) || lists("NON_ESSENTIAL", code);
         if (isTheOne("NEEDS_REVIEW", code) || !isKnown) return "INVALID";
         isEssential = isEssential || lists("ESSENTIAL", code);
@@ -62,7 +72,7 @@ std::optional<std::string> plainAnswersOn(const std::string& name, const Json::V
         for (const Json::Value& entry : memberOf(root, list)) {
             const Json::Value& identifier = memberOf(entry, "identifier");
             if (identifier == "salt" || identifier == "timestamp") return std::nullopt;
-            if (!identifier.isString() || identifier.asString() != hashed) continue;
+            if (identifier.isArray() || identifier.isObject() || identifier.asString() != hashed) continue;
             category = plainCategory(codesIn(memberOf(entry, "categories")), memberOf(root, "settings_to_categories"));
             const Json::Value& purposes = memberOf(memberOf(entry, "extra_data_categories"), "granular");
             const bool isOne = purposes.isArray() && purposes.size() == 1;
@@ -129,8 +139,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     EventSchemaHandler handler(storage);
     fuzz::require(!handler.isEventSchemaAvailable(), "There is no schema before the first");
     const std::optional<Json::Value> root = fuzz::jsoncppValue(schema);
-    const bool isSchema = root && root->isObject();
-    fuzz::require(handler.persistEventSchema(schema) == isSchema, "An object is a schema and nothing else", schema);
+    const bool isSchema = root && (root->isObject() || root->isNull());
+    fuzz::require(handler.persistEventSchema(schema) == isSchema, "An object or null is a schema", schema);
     fuzz::require(handler.isEventSchemaAvailable() == isSchema, "A schema that was stored is available", schema);
     while (!names.empty()) {
         const std::string name(fuzz::takeUntil(',', names));

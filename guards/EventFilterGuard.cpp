@@ -77,7 +77,23 @@ void report(const Decision& decision, const Build& build, IEventSchemaHandler& s
 /// Where the members of a system event are: some are logged one level down.
 const Json::Value& membersOf(const Json::Value& json) {
     const Json::Value& data = memberOf(json, "data");
-    return data.isObject() && !data.empty() ? data : json;
+    return data.empty() ? json : data;
+}
+
+/// Attributes a system event to the application that caused it.
+void correctUid(const std::string& eventIdentifier, TelemetryEvent& event) {
+    // For every event, because this is where a bundle becomes JSON; stages that follow add to that.
+    Json::Value copy;
+    const Json::Value& json = jsonValueOf(event, copy);
+    if (eventIdentifier == "arvo_api_permission_state_event") {
+        const Json::Value& members = membersOf(json);
+        if (memberOf(members, "source") == "listener") {
+            event.setUid(static_cast<unsigned int>(memberOf(members, "android_uid").asInt()));
+        }
+    } else if (eventIdentifier == "arvo_sensitive_app_ops_monitor") {
+        // Deliberate: not asked whether it is there, so an event without it gets uid 0.
+        event.setUid(static_cast<unsigned int>(memberOf(membersOf(json), "op_caller_android_uid").asInt()));
+    }
 }
 
 }  // namespace
@@ -96,7 +112,7 @@ EventResult EventFilterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
 
     Decision decision{};
     decision.identifier = event->getStringIdentifier();
-    event = setOriginalUid(decision.identifier, std::move(event));
+    correctUid(decision.identifier, *event);
     decision.uid = event->uid();
     decision.userConsent = manager.hasUserConsent(decision.uid);
     const std::shared_ptr<IEventSchemaHandler> schema = manager.getEventSchemaHandler();
@@ -130,18 +146,7 @@ EventResult EventFilterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): services were compiled against a parameter by value.
 std::unique_ptr<TelemetryEvent> EventFilterGuard::setOriginalUid(std::string eventIdentifier,
                                                                  std::unique_ptr<TelemetryEvent> event) {
-    // For every event, because this is where a bundle becomes JSON; stages that follow add to that.
-    Json::Value copy;
-    const Json::Value& json = jsonValueOf(*event, copy);
-    if (eventIdentifier == "arvo_api_permission_state_event") {
-        const Json::Value& members = membersOf(json);
-        if (memberOf(members, "source") == "listener") {
-            event->setUid(static_cast<unsigned int>(memberOf(members, "android_uid").asInt()));
-        }
-    } else if (eventIdentifier == "arvo_sensitive_app_ops_monitor") {
-        // Deliberate: not asked whether it is there, so an event without it gets uid 0.
-        event->setUid(static_cast<unsigned int>(memberOf(membersOf(json), "op_caller_android_uid").asInt()));
-    }
+    correctUid(eventIdentifier, *event);
     return event;
 }
 

@@ -44,9 +44,9 @@ std::unique_ptr<TelemetryEvent> IntakeMonitor::monitor(std::unique_ptr<Telemetry
     const std::lock_guard<std::mutex> lock(mutex_);
     const uint32_t uid = event->uid();
     const std::string name = event->name();
+    const IntakeFormat format = event->getIntakeFormat();
     if (name == kAuditEventName) return event;
 
-    const IntakeFormat format = event->getIntakeFormat();
     EventsByUid& reported = isFormatJsonBundle(format) ? reportedJsonBundleEvents : reportedOtherEvents;
     if (isReported(reported, uid, name)) return event;
 

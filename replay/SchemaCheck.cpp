@@ -43,6 +43,15 @@ bool isHash(const Json::Value& value) {
     return text.size() == 64 && text.find_first_not_of("0123456789abcdef") == std::string::npos;
 }
 
+/// The code that a device takes it for.
+std::optional<int32_t> codeOf(const Json::Value& value) {
+    try {
+        return value.asInt();
+    } catch (const Json::Exception&) {
+        return std::nullopt;
+    }
+}
+
 class SchemaChecker {
 public:
     explicit SchemaChecker(const std::string& text) {
@@ -133,11 +142,11 @@ private:
     Codes codesOf(const std::optional<Node>& array) {
         Codes codes;
         forEach(array, [&](const Node& code) {
-            if (code.value.isInt()) {
-                codes.insert(code.value.asInt());
-            } else {
-                problem(code, "expected a signed 32-bit integer; passed over");
-            }
+            const std::optional<int32_t> number = codeOf(code.value);
+            if (number) codes.insert(*number);
+            if (code.value.isInt()) return;
+            problem(code, "expected a signed 32-bit integer; " +
+                              (number ? "taken as " + std::to_string(*number) : "no code"));
         });
         return codes;
     }
@@ -145,9 +154,13 @@ private:
     /// The only code of a list that is to hold just one.
     std::optional<int32_t> singleCodeOf(const std::optional<Node>& array) {
         if (!array || !isArray(*array)) return std::nullopt;
-        if (array->value.size() == 1 && array->value[0].isInt()) return array->value[0].asInt();
-        problem(*array, "expected exactly one signed 32-bit integer; taken as empty");
-        return std::nullopt;
+        const bool isOne = array->value.size() == 1;
+        const std::optional<int32_t> code = isOne ? codeOf(array->value[0]) : std::nullopt;
+        if (!isOne || !array->value[0].isInt()) {
+            problem(*array,
+                    "expected exactly one signed 32-bit integer; taken as " + (code ? std::to_string(*code) : "empty"));
+        }
+        return code;
     }
 
     void checkTimestamp(const Node& root) {
@@ -176,12 +189,14 @@ private:
     }
 
     void checkEntry(const Node& entry) {
-        if (!isObject(entry)) return;
+        if (!entry.value.isObject()) return problem(entry, "expected an object");
         checkNames(entry,
                    {Schema::kJsonKeyIdentifier, Schema::kJsonKeyCategories, Schema::kJsonKeyExtraDataCategories});
         const std::optional<Node> identifier = member(entry, Schema::kJsonKeyIdentifier);
         if (!identifier) return;
-        if (!identifier->value.isString()) return problem(*identifier, "expected a text; the entry is passed over");
+        if (identifier->value.isArray() || identifier->value.isObject()) {
+            return problem(*identifier, "expected a text; the entry is passed over");
+        }
         const std::string text = identifier->value.asString();
         const auto [first, isNew] = places_.try_emplace(text, identifier->path);
         if (!isNew) problem(*identifier, "the same as " + first->second);
@@ -193,17 +208,19 @@ private:
     void checkCategory(const Node& entry) {
         const std::optional<Node> list = member(entry, Schema::kJsonKeyCategories);
         const Codes codes = codesOf(list);
+        const bool hasOther =
+            list && list->value.isArray() && !std::all_of(list->value.begin(), list->value.end(), codeOf);
         const std::string category =
-            rules_.getCategoryFromCodes(codes, review_, otherConsent_, essential_, nonEssential_);
+            hasOther ? Schema::kCategoryInvalid
+                     : rules_.getCategoryFromCodes(codes, review_, otherConsent_, essential_, nonEssential_);
         ++entriesByCategory_[category];
         if (category != Schema::kCategoryInvalid) return;
         if (review_ && codes.count(*review_) > 0) {
             return problem(*list, "a review code among others makes the entry INVALID");
         }
         forEach(list, [&](const Node& code) {
-            if (!code.value.isInt()) return;
-            const int32_t number = code.value.asInt();
-            if (essential_.count(number) + nonEssential_.count(number) > 0) return;
+            const std::optional<int32_t> number = codeOf(code.value);
+            if (!number || essential_.count(*number) + nonEssential_.count(*number) > 0) return;
             problem(code, "neither ESSENTIAL nor NON_ESSENTIAL, which makes the entry INVALID");
         });
     }

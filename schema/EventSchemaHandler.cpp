@@ -24,7 +24,7 @@ void logError(const char* message) { __android_log_write(ANDROID_LOG_ERROR, "tel
 
 // A schema comes from outside, and jsoncpp throws where it is asked for what a value is not.
 
-std::optional<Json::Value> parseObject(const std::string& text) {
+std::optional<Json::Value> parse(const std::string& text) {
     const std::unique_ptr<Json::CharReader> reader(Json::CharReaderBuilder().newCharReader());
     Json::Value root;
     try {
@@ -32,7 +32,8 @@ std::optional<Json::Value> parseObject(const std::string& text) {
     } catch (const Json::Exception&) {
         return std::nullopt;  // nested beyond the reader's limit
     }
-    return root.isObject() ? std::optional(std::move(root)) : std::nullopt;
+    // Deliberate: null is a schema, whose members are all missing.
+    return root.isObject() || root.isNull() ? std::optional(std::move(root)) : std::nullopt;
 }
 
 /// An array; an empty one in place of anything else.
@@ -47,10 +48,32 @@ std::optional<std::string> textOf(const Json::Value& value) {
     return value.asString();
 }
 
+/// A code as jsoncpp reads an integer: a truth value is 0 or 1, null is 0, and a number loses its fraction. None where
+/// it throws: a text, a container, a number beyond 32 bits.
+std::optional<int32_t> codeOf(const Json::Value& value) {
+    try {
+        return value.asInt();
+    } catch (const Json::Exception&) {
+        return std::nullopt;
+    }
+}
+
+/// The codes of a category. What is no code cannot be met with in an entry.
 Codes codesOf(const Json::Value& value) {
     Codes codes;
-    for (const Json::Value& code : arrayOf(value)) {
-        if (code.isInt()) codes.insert(code.asInt());
+    for (const Json::Value& element : arrayOf(value)) {
+        if (const auto code = codeOf(element)) codes.insert(*code);
+    }
+    return codes;
+}
+
+/// The codes of an entry; nothing if one of them is no code, and so no category's either.
+std::optional<Codes> entryCodesOf(const Json::Value& value) {
+    Codes codes;
+    for (const Json::Value& element : arrayOf(value)) {
+        const auto code = codeOf(element);
+        if (!code) return std::nullopt;
+        codes.insert(*code);
     }
     return codes;
 }
@@ -59,9 +82,9 @@ Codes codesOf(const Json::Value& value) {
 std::optional<int32_t> singleCodeOf(const Json::Value& value, const char* complaint) {
     if (value.isNull()) return std::nullopt;
     const Json::Value& codes = arrayOf(value);
-    if (codes.size() == 1 && codes[0].isInt()) return codes[0].asInt();
-    logError(complaint);
-    return std::nullopt;
+    const std::optional<int32_t> code = codes.size() == 1 ? codeOf(codes[0]) : std::nullopt;
+    if (!code) logError(complaint);
+    return code;
 }
 
 /// The answer that is kept for the name, or else the one that is found now.
@@ -70,6 +93,13 @@ Answer keptOrFound(std::unordered_map<std::string, Answer>& kept, const std::str
     const auto known = kept.find(eventName);
     if (known != kept.end()) return known->second;
     return kept.emplace(eventName, find()).first->second;
+}
+
+/// Whether the schema gave the event this purpose and no other.
+bool servesOnly(const std::string& purpose, const std::string& eventName, EventSchemaHandler& handler,
+                const KeyValueDispatch& purposes) {
+    const std::string stored = purposes.getValue(handler.getHashedEventName(eventName), "0");
+    return stored == handler.getHashedEventPurpose(eventName, purpose);
 }
 
 /// The 32 bytes as 64 digits.
@@ -99,13 +129,13 @@ bool EventSchemaHandler::persistEventSchema(const std::string& schema) {
     salt_.reset();
     schemaTimestamp_.reset();
 
-    const std::optional<Json::Value> root = parseObject(schema);
+    const std::optional<Json::Value> root = parse(schema);
     if (!root) {
         logError("Wrong event schema format, not a json.");
         return false;
     }
     const Json::Value& timestamp = memberOf(*root, kKeyTimestamp);
-    const bool hasTimestamp = root->isMember(kKeyTimestamp) && !timestamp.isString();
+    const bool hasTimestamp = !root->isNull() && root->isMember(kKeyTimestamp) && !timestamp.isString();
     eventSchemaStore_.setValue(kKeyTimestamp, hasTimestamp ? toCompactJson(timestamp) : "0");
     eventSchemaStore_.setValue(kKeySalt, textOf(memberOf(*root, kKeySalt)).value_or(""));
 
@@ -129,16 +159,17 @@ void EventSchemaHandler::addAllowedEventsOrCampaigns(const Json::Value& entries,
                                                      const std::unordered_set<int32_t>& essentialCodes,
                                                      const std::unordered_set<int32_t>& nonEssentialCodes) {
     for (const Json::Value& entry : arrayOf(entries)) {
-        const Json::Value& identifier = memberOf(entry, kJsonKeyIdentifier);
-        if (!identifier.isString()) continue;
-        eventSchemaStore_.setValue(identifier.asString(),
-                                   getCategoryFromCodes(codesOf(memberOf(entry, kJsonKeyCategories)), needsReviewCode,
-                                                        otherConsentCode, essentialCodes, nonEssentialCodes));
+        const std::optional<std::string> identifier = textOf(memberOf(entry, kJsonKeyIdentifier));
+        if (!identifier) continue;
+        const std::optional<Codes> codes = entryCodesOf(memberOf(entry, kJsonKeyCategories));
+        eventSchemaStore_.setValue(*identifier, codes ? getCategoryFromCodes(*codes, needsReviewCode, otherConsentCode,
+                                                                             essentialCodes, nonEssentialCodes)
+                                                      : kCategoryInvalid);
         // An event with several purposes serves none of them only.
         const Json::Value& purposes = arrayOf(memberOf(memberOf(entry, kJsonKeyExtraDataCategories), kJsonKeyGranular));
         if (purposes.size() != 1) continue;
         const std::optional<std::string> purpose = textOf(purposes[0]);
-        if (purpose) eventSchemaPurposeStore_.setValue(identifier.asString(), *purpose);
+        if (purpose) eventSchemaPurposeStore_.setValue(*identifier, *purpose);
     }
 }
 
@@ -225,17 +256,14 @@ uint64_t EventSchemaHandler::getEventSchemaTimestamp() {
 
 bool EventSchemaHandler::isPersonalizationPurposeOnly(const std::string& eventName) {
     const std::lock_guard<std::mutex> lock(lock_);
-    return keptOrFound(personalizationOnlyCache_, eventName, [&] {
-        return eventSchemaPurposeStore_.getValue(getHashedEventName(eventName), "0") ==
-               getHashedEventPurpose(eventName, kPurposePersonalization);
-    });
+    return keptOrFound(personalizationOnlyCache_, eventName,
+                       [&] { return servesOnly(kPurposePersonalization, eventName, *this, eventSchemaPurposeStore_); });
 }
 
 bool EventSchemaHandler::isAdsPersonalizationPurposeOnly(const std::string& eventName) {
     const std::lock_guard<std::mutex> lock(lock_);
     return keptOrFound(adsPersonalizationOnlyCache_, eventName, [&] {
-        return eventSchemaPurposeStore_.getValue(getHashedEventName(eventName), "0") ==
-               getHashedEventPurpose(eventName, kPurposeAdsPersonalization);
+        return servesOnly(kPurposeAdsPersonalization, eventName, *this, eventSchemaPurposeStore_);
     });
 }
 

@@ -632,7 +632,7 @@ TEST_F(ReplayTool, AKilledProcessLeavesAWholeSchema) {
 TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
     const std::string a = R"({"identifier":")" + std::string(64, 'a') + '"', settings = "settings_to_categories.";
     const std::string array = "expected an array; taken as empty", hash = "expected 64 lower-case hexadecimal digits";
-    const std::string integer = "expected a signed 32-bit integer; passed over", other = "unknown member; ignored";
+    const std::string integer = "expected a signed 32-bit integer; ", other = "unknown member; ignored";
     const std::string timestamp = "timestamp: expected an unsigned 64-bit integer; reads back as 0";
     const std::string unknown = "neither ESSENTIAL nor NON_ESSENTIAL, which makes the entry INVALID";
     using Lines = std::vector<std::pair<std::string, std::vector<std::string>>>;  // and what is said of each
@@ -640,15 +640,16 @@ TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
         {{R"({"timestamp": "1741759200000", "salt": 5, "settings_to_categories": {)",
           {timestamp, "salt: expected a text that is not empty"}},
          {R"("ESSENTIAL": [1, "2"], "NON_ESSENTIAL": 3,)",
-          {settings + "ESSENTIAL[1]: " + integer, settings + "NON_ESSENTIAL: " + array}},
-         {R"("NEEDS_REVIEW": [4, 5], "NON_ESSENTIAL_WITH_OTHER_CONSENT": [7],)",
-          {settings + "NEEDS_REVIEW: expected exactly one signed 32-bit integer; taken as empty"}},
+          {settings + "ESSENTIAL[1]: " + integer + "no code", settings + "NON_ESSENTIAL: " + array}},
+         {R"("NEEDS_REVIEW": [4, 5], "NON_ESSENTIAL_WITH_OTHER_CONSENT": [7.5],)",
+          {settings + "NEEDS_REVIEW: expected exactly one signed 32-bit integer; taken as empty",
+           settings + "NON_ESSENTIAL_WITH_OTHER_CONSENT: expected exactly one signed 32-bit integer; taken as 7"}},
          {R"("INVALID": [6]}, "allowed_evnts": [], "allowed_events": [)",
           {"allowed_evnts: " + other + "; did you mean \"allowed_events\"?", settings + "INVALID: " + other}},
          {a + R"(, "categories": [1]},)", {}},
-         {a + R"(, "categories": [4294967296, 8, 1, 7], "extra_data_categories": []},)",
+         {a + R"(, "categories": [true, 8, 1, 7], "extra_data_categories": []},)",
           {"allowed_events[1].identifier: the same as allowed_events[0].identifier",
-           "allowed_events[1].categories[0]: " + integer, "allowed_events[1].categories[1]: " + unknown,
+           "allowed_events[1].categories[0]: " + integer + "taken as 1", "allowed_events[1].categories[1]: " + unknown,
            "allowed_events[1].categories[3]: " + unknown,
            "allowed_events[1].extra_data_categories: expected an object; taken as missing"}},
          {R"({"identifier": "salt", "category": {}, "extra_data_categories": {"granular": {}, "g\u0000": 1}},)",
@@ -656,9 +657,10 @@ TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
            "allowed_events[2].identifier: " + hash, "allowed_events[2].categories: missing",
            "allowed_events[2].extra_data_categories.g\\u0000: " + other,
            "allowed_events[2].extra_data_categories.granular: " + array}},
-         {R"({"identifier": 5}, [], {"categories": {}}],)",
+         {R"({"identifier": {}}, [], {"categories": {}}, {"identifier": 5, "categories": [1, "1"]}],)",
           {"allowed_events[3].identifier: expected a text; the entry is passed over",
-           "allowed_events[4]: expected an object; taken as missing", "allowed_events[5].identifier: missing"}},
+           "allowed_events[4]: expected an object", "allowed_events[5].identifier: missing",
+           "allowed_events[6].identifier: " + hash, "allowed_events[6].categories[1]: " + integer + "no code"}},
          {R"("allowed_campaigns": {}})", {"allowed_campaigns: " + array}}},
         {{R"({"timestamp": 1.0, "salt": "", "settings_to_categories": {"NEEDS_REVIEW": [1],)",
           {timestamp, "salt: expected a text that is not empty", "allowed_events: missing"}},
@@ -689,8 +691,8 @@ TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
         EXPECT_EQ(read("err"), expected);
     }
     EXPECT_NE(read("out").find("UNCATEGORIZED                                     1\n"
-                               "INVALID                                           1\n"
-                               "problems                                         21\nESSENTIAL "),
+                               "INVALID                                           2\n"
+                               "problems                                         24\nESSENTIAL "),
               std::string::npos);
 
     write("schema", schemaOf({{"extra", 2}, {"other", 3}}));

@@ -144,19 +144,28 @@ TEST_F(Schema, ASchemaIsStoredAsFarAsItHasTheRightShape) {
         {withCodes(R"("NEEDS_REVIEW":null,"NON_ESSENTIAL":[1])"), "e=NON_ESSENTIAL ", {}},
         {withCodes(R"("NEEDS_REVIEW":1,"NON_ESSENTIAL_WITH_OTHER_CONSENT":{"a":1})"), "e=INVALID ", {review, other}},
         {withCodes(R"("NON_ESSENTIAL_WITH_OTHER_CONSENT":[],"ESSENTIAL":"1")"), "e=INVALID ", {other}},
-        {withCodes(R"("NON_ESSENTIAL_WITH_OTHER_CONSENT":[1.5],"NON_ESSENTIAL":{})"), "e=INVALID ", {other}},
-        {withCodes(R"("ESSENTIAL":["x",null,true,4294967297,{},1])"), "e=ESSENTIAL ", {}},
+        {withCodes(R"("NON_ESSENTIAL_WITH_OTHER_CONSENT":[1.5],"NON_ESSENTIAL":{})"),
+         "e=NON_ESSENTIAL_WITH_OTHER_CONSENT ",
+         {}},
+        {withCodes(R"("ESSENTIAL":["x",null,4294967297,{},true])"), "e=ESSENTIAL ", {}},
+        {withCodes(R"("NON_ESSENTIAL":[1,0],"ESSENTIAL":["1"])") + R"(,"allowed_campaigns":[
+             {"identifier":"f","categories":[null,1.9]},{"identifier":"g","categories":[1,"1"]},
+             {"identifier":"h","categories":[4294967297]}])",
+         "e=NON_ESSENTIAL f=NON_ESSENTIAL g=INVALID h=INVALID ",
+         {}},
         {R"("settings_to_categories":[],"salt":{},"allowed_campaigns":[{"identifier":"e","categories":[1]}])",
          "e=INVALID ",
          {}},
         {R"("allowed_events":{"a":{"identifier":"e"}},"allowed_campaigns":5)", "", {}},
-        {R"("allowed_events":[[],5,"e",null,{},{"identifier":null},{"identifier":5}])", "", {}},
+        {R"("allowed_events":[{"identifier":[]},{"identifier":{}}])", "", {}},
+        {R"("allowed_events":[[],5,"e",null,{},{"identifier":null}])", "=UNCATEGORIZED ", {}},
+        {R"("allowed_events":[{"identifier":5},{"identifier":true}])", "5=UNCATEGORIZED true=UNCATEGORIZED ", {}},
         {R"("allowed_events":[{"identifier":"e","categories":{"a":1},"extra_data_categories":[]}])",
          "e=UNCATEGORIZED ",
          {}},
         {R"("allowed_events":[{"identifier":"e","categories":["1"],"extra_data_categories":{"granular":{"p":1}}},
              {"identifier":"f","extra_data_categories":{"granular":[[]]}}])",
-         "e=UNCATEGORIZED f=UNCATEGORIZED ",
+         "e=INVALID f=UNCATEGORIZED ",
          {}},
         {R"("allowed_events":[{"identifier":"e","extra_data_categories":{"granular":[true]}}])",
          "e=UNCATEGORIZED !e=true ",
@@ -180,6 +189,9 @@ TEST_F(Schema, ASchemaIsStoredAsFarAsItHasTheRightShape) {
     EXPECT_FALSE(store.setValue("k", "v") || store.removeValue("k"));
     EXPECT_FALSE(handler.isEventSchemaAvailable());
     EXPECT_TRUE(handler.persistEventSchema("{}")) << "what the stores do is not looked at";
+    cache->works = true;
+    EXPECT_TRUE(handler.persistEventSchema("null"));
+    EXPECT_EQ(contents(), "e=UNCATEGORIZED salt= timestamp=0 !e=true ") << "null is a schema without members";
 }
 
 TEST_F(Schema, AnswersAreKeptUntilTheNextSchemaArrives) {
@@ -206,7 +218,8 @@ TEST_F(Schema, AnswersAreKeptUntilTheNextSchemaArrives) {
     EXPECT_EQ(handler.getHashedString("ab"), kAbc);
     EXPECT_EQ(log.take(), Lines());
 
-    for (const std::string& text : {std::string(), std::string("{"), std::string("[]"), std::string(2000, '[')}) {
+    for (const std::string& text :
+         {std::string(), std::string("{"), std::string("[]"), std::string("5"), std::string(2000, '[')}) {
         handler.overrideEventCategory("ab", Category::NeedsReview);
         EXPECT_FALSE(handler.persistEventSchema(text));
         EXPECT_EQ(log.take(), Lines{error("Wrong event schema format, not a json.")}) << text;
