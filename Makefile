@@ -4,7 +4,7 @@ BUILD := build
 PREFIX ?= /usr/local
 TIDIED := conversion|event|clock|schema|processor|monitors|guards|appliers|platform|replay
 
-.PHONY: run test test-arm64 fuzz soak mutants bench bench-gate install packages tidy format clean deps ci-deps
+.PHONY: run test test-arm64 fuzz soak mutants bench bench-gate docs install packages tidy format clean deps ci-deps
 
 run: deps $(BUILD)/release/build.ninja
 	@cmake --build $(BUILD)/release --target telemetry-replay
@@ -57,6 +57,11 @@ soak: deps $(BUILD)/release/build.ninja
 	@TELEMETRY_STRESS_EVENTS=1000000 $(BUILD)/release/tests/threads_tests --gtest_filter=Threads.EveryCount*
 	@$(BUILD)/release/benchmarks/telemetry_soak tables
 	@$(BUILD)/release/benchmarks/telemetry_soak
+
+# The reference of the public headers, with the guides in docs/.
+docs:
+	@scripts/install-deps docs
+	@scripts/make-docs
 
 # Into PREFIX, below DESTDIR if that is set.
 install: deps $(BUILD)/release/build.ninja

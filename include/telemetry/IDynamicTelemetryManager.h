@@ -16,14 +16,17 @@ namespace Velo::OS::Telemetry {
 /// What is to become of an event.
 struct DynamicTelemetryDecision {
     bool shouldLog = true;
-    float sampleRate = 1;  // 1 / the number of events for which this one stands
+    float sampleRate = 1;  // above 0, at most 1: 1 / the number of events for which this one stands
 };
 
+/// Reported in this order, those of the guard first.
 struct PerformanceLogs {
     std::vector<IDynamicTelemetryPerformance::GuardPerformanceLog> guardLogs;
     std::vector<IDynamicTelemetryPerformance::MonitorLog> monitorLogs;
 };
 
+/// How a fetch ended. Reported as text: "noChange", "persistSuccess" and so on; empty for a value that is none of
+/// these.
 enum class FetchOutcome : int32_t {
     NoChange = 0,
     PersistSuccess = 1,

@@ -19,6 +19,7 @@ public:
     virtual void reserved5() {}
     virtual void reserved6() {}
     virtual void reserved7() {}
+    /// Before the stage runs; whether it then drops the event is not told.
     virtual void traceEventStage(const std::string& eventIdentifier, uint32_t uid, const std::string& stageName) = 0;
 };
 

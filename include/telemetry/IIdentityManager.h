@@ -12,7 +12,7 @@ namespace Velo::OS::Telemetry {
 class TELEMETRY_EXPORT IIdentityManager {
 public:
     virtual ~IIdentityManager() = default;
-    /// The id of the user for whom the uid runs; empty if unknown.
+    /// The id of the user for whom the uid runs, a signed 64-bit integer in decimal digits; empty if unknown.
     virtual std::string getUserIdForUid(uint32_t uid) = 0;
 };
 

@@ -21,7 +21,7 @@ struct PackageInfo {
 class TELEMETRY_EXPORT IPackageInfoManager {
 public:
     virtual ~IPackageInfoManager() = default;
-    /// What is known of the package that the uid runs.
+    /// What is known of the package that the uid runs. Its name is as the event says, and may be empty.
     virtual PackageInfo getPackageInfo(const std::string& packageName, uint32_t uid) = 0;
     virtual void reserved4() {}
     virtual void reserved5() {}

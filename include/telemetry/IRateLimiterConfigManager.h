@@ -10,9 +10,9 @@ namespace Velo::OS::Telemetry {
 /// How many events of one identifier are let through. A fresh one leaves the guard's own limit as it is. The layout is
 /// ABI.
 struct RateLimitConfig {
-    int64_t refillCount = 9000;  // tokens added per window; negative: no limit
-    int64_t maxEvents = 9000;    // tokens that the bucket holds; negative: no limit
-    int64_t windowSeconds = 60;
+    int64_t refillCount = 9000;  // tokens added per window; negative: no limit; 0: windows never end
+    int64_t maxEvents = 9000;    // tokens that the bucket holds; negative: no limit; 0: nothing passes
+    int64_t windowSeconds = 60;  // 0 or less: each event begins a window
 };
 
 /// Knows the rate limits. Injected by the service; called with the guard's lock held.

@@ -13,7 +13,8 @@ enum class Store : int32_t {
     EventSchema = 4,
 };
 
-/// The service's key-value stores, each addressed by its kind and name. Called from any thread.
+/// The service's key-value stores, each addressed by its kind and name. Called from any thread, and with the
+/// schema handler's lock held, so it must not call back into that.
 ///
 /// The service was compiled against these slots.
 class TELEMETRY_EXPORT IStorageCache {

@@ -12,7 +12,8 @@ public:
     QvLoggerWrapper(const QvLoggerWrapper&) = delete;
     QvLoggerWrapper& operator=(const QvLoggerWrapper&) = delete;
 
-    /// Shifts the timestamps of the events held by `adjustmentMs` milliseconds; calls `onSuccess` if that succeeded.
+    /// Shifts the timestamps of the events held by `adjustmentMs` milliseconds; calls `onSuccess` if that succeeded,
+    /// at once or later, on any thread.
     void adjustTime(long adjustmentMs, void (*onSuccess)());
 
 private:

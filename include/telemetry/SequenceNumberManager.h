@@ -15,6 +15,7 @@ public:
     virtual ~SequenceNumberManager() = default;
     /// `priority`: whether the event is to be delivered at once.
     virtual uint64_t getNextGlobalSequenceNumber(bool priority) = 0;
+    /// Drawn after the global one; another thread may draw between the two.
     virtual uint64_t getNextPerTypeSequenceNumber(const std::string& eventName) = 0;
 };
 

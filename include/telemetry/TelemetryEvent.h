@@ -35,6 +35,7 @@ public:
     virtual size_t size() const = 0;
 
     virtual std::string name() const = 0;
+    /// "__sessions_v2"; empty if absent.
     virtual std::string sessionsV2() const = 0;
     /// Uid of the application that logged the event.
     virtual uint32_t uid() const = 0;
@@ -46,14 +47,19 @@ public:
     virtual int64_t clientCreatedTime() const = 0;
     /// Whether `time` is wall-clock time ("adjusted").
     virtual bool adjustedTime() const = 0;
+    /// "utl_logging_package"; empty if absent.
     virtual std::string loggingPackage() const = 0;
+    /// The property "morlek_device_id"; empty if absent.
     virtual std::string deviceId() const = 0;
+    /// "build_version"; empty if absent.
     virtual std::string osBuildNumber() const = 0;
     /// "utl_app_id"; 736366014426470 if absent or 0.
     virtual int64_t appId() const = 0;
+    /// "sdk_app_package_version_name"; empty if absent.
     virtual std::string appVersion() const = 0;
     /// The property "id", else the member "id". Throws what `std::stol` throws for a property that is no number.
     virtual int64_t arvoUserId() const = 0;
+    /// "utl_eventTag"; 0 if absent.
     virtual int64_t tags() const = 0;
     /// The property "consent_state"; 0 if absent. Throws what `std::stol` throws for one that is no number.
     virtual long consentState() const = 0;

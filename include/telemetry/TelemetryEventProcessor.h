@@ -11,6 +11,7 @@
 #include "telemetry/IHealthCountersManager.h"
 #include "telemetry/IMonitor.h"
 
+/// All that this library exports, but for the three plain globals of `IntakeFormat.h`.
 namespace Velo::OS::Telemetry {
 
 /// Runs every monitor, then every guard, then every applier over an event, in the order in which they were added.
