@@ -16,7 +16,7 @@ namespace {
 
 using Keys = DynamicTelemetryPerformance;
 
-constexpr uint32_t kSystemUid = 1000;
+constexpr uint32_t kSystemUid = 1000;  // Deliberate: not the event's, see the header.
 const std::string& kConfigId = immortal<std::string>(Keys::kConfigId);
 const std::string& kDropCounter = immortal<std::string>(kGuardDynamicTelemetryDropped);
 

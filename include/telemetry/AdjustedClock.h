@@ -37,7 +37,8 @@ public:
     virtual void adjustClock();
     /// Switches back to the monotonic clock and persists that. The adjustment stays as it is, out of sight.
     virtual void resetIsAdjusted();
-    /// The settings in which the state is persisted, for test doubles to replace.
+    /// The settings in which the state is persisted, for test doubles to replace. The constructor does not ask it: a
+    /// clock starts by `TelemetrySettingsManager::instance()`.
     virtual std::shared_ptr<ITelemetrySettingsManager> getSettings() const;
 
 private:

@@ -20,6 +20,7 @@ private:
     /// Whether the applier must skip any event at all: if not, the event's name need not be read.
     static bool hasBlockedEvents(const std::string& applierName);
 
+    // A reference to what is never destroyed: events may be processed while the process exits.
     static const std::map<std::string, std::set<std::string>>& blocklist_;
 };
 

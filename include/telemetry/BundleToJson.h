@@ -21,7 +21,7 @@ namespace Velo::OS::Telemetry {
 ///
 /// Returns false, and leaves in `json` what was written until then, when `json` is of the wrong kind, an array has a
 /// gap, a key that is no index or a key of two types, a double is not finite, or more than `kMaxNesting` bundles stand
-/// inside one another. Never throws. Strings and keys end at their first NUL.
+/// inside one another, where a string vector counts as one. Never throws. Strings and keys end at their first NUL.
 ///
 /// The platform hands out nested bundles as copies, so the time grows with the square of the depth.
 TELEMETRY_EXPORT bool convertBundleToJson(android::os::PersistableBundle& bundle, Json::Value& json);

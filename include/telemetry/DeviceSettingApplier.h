@@ -7,8 +7,8 @@
 
 namespace Velo::OS::Telemetry {
 
-/// "device_setting_applier": adds "managed_mode" and "account_mode" as they were for the event's user when it was
-/// created.
+/// "device_setting_applier": adds "managed_mode", the settings' own number, and "account_mode", 1 with an account and
+/// -1 without, as they were for the event's user when it was created.
 class TELEMETRY_EXPORT DeviceSettingApplier : public IApplier {
 public:
     DeviceSettingApplier();

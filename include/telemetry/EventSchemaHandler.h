@@ -55,22 +55,24 @@ public:
     /// The cache is shared and must not be null.
     explicit EventSchemaHandler(std::shared_ptr<StorageCache> storageCache);
 
-    /// False, and nothing is stored, if the text is no JSON object; what is kept in memory is forgotten all the same. A
-    /// member of the wrong shape counts as missing (a salt or a purpose that is a number or a truth value is taken as
-    /// its text), a code that is no integer and an entry whose identifier is no text are passed over, and the rest is
-    /// stored. Whether the stores take it is not looked at.
+    /// False, and nothing is stored, if the text is neither a JSON object nor null; what is kept in memory is forgotten
+    /// all the same. A member of the wrong shape counts as missing, and the rest is stored. Scalars are taken as
+    /// jsoncpp converts them: salts, identifiers and purposes to texts, codes to integers. An entry with what is no
+    /// code, a text or a number beyond 32 bits, is `Invalid`; one whose identifier is an array or an object is passed
+    /// over. Whether the stores take it is not looked at.
     bool persistEventSchema(const std::string& schema) override;
-    /// `Uncategorized` if the schema does not have the event.
+    /// An override, or what the store has; `Uncategorized` if it does not have the event, `Invalid` if what it has is
+    /// no category.
     EventCategory getEventCategory(const std::string& eventName) override;
     void overrideEventCategory(const std::string& eventName, EventCategory category) override;
-    /// Whether a schema was ever stored, by this process or an earlier one.
+    /// Whether a schema was ever stored, by this process or an earlier one; false, too, if the store cannot tell.
     bool isEventSchemaAvailable() override;
     uint64_t getEventSchemaTimestamp() override;
     bool isPersonalizationPurposeOnly(const std::string& eventName) override;
     bool isAdsPersonalizationPurposeOnly(const std::string& eventName) override;
 
     /// The SHA-256 (FIPS 180-4) of the text and the schema's salt after it, in lower-case hexadecimal digits; the text
-    /// itself while there is no salt.
+    /// itself, and an error in the log, if there is no salt or hashing fails. The salt is read once for each schema.
     std::string getHashedString(const std::string& text);
     std::string getHashedEventName(const std::string& eventName);
     /// The hash of the purpose and the event's name after it.

@@ -28,7 +28,7 @@ public:
     /// Until the next schema arrives, the event is of this category.
     virtual void overrideEventCategory(const std::string& eventName, EventCategory category) = 0;
     virtual bool isEventSchemaAvailable() = 0;
-    /// When the schema was made, as it says itself; 0 if it does not.
+    /// When the schema was made, as it says itself in a unit of its own; 0 unless that is an unsigned 64-bit integer.
     virtual uint64_t getEventSchemaTimestamp() = 0;
     /// Whether the event serves personalization and nothing else.
     virtual bool isPersonalizationPurposeOnly(const std::string& eventName) = 0;

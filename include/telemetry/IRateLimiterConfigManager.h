@@ -21,7 +21,8 @@ struct RateLimitConfig {
 class TELEMETRY_EXPORT IRateLimiterConfigManager {
 public:
     virtual ~IRateLimiterConfigManager() = default;
-    /// Asked once for each identifier in the life of the process. Must answer for unknown ones too.
+    /// Asked once for each identifier in the life of the process; twice if two guards see its first event at once. Must
+    /// answer for unknown ones too.
     virtual RateLimitConfig getRateLimitConfig(const std::string& eventIdentifier) = 0;
 };
 

@@ -20,7 +20,8 @@ public:
     /// Ids of the device; none if it has none yet.
     virtual std::optional<std::string> getTelemetryDeviceId() = 0;
     virtual std::optional<std::string> getMorlekDeviceId() = 0;
-    /// The mode in which the device was managed at the moment, in nanoseconds; and whether it had an account then.
+    /// The mode in which the device was managed at the moment, and whether it had an account then. The moment is in ns
+    /// since boot, deep sleep included; the user is an Android user's id.
     virtual int32_t getManagedMode(int64_t momentNs, std::optional<int32_t> userId) = 0;
     virtual bool getAccountMode(int64_t momentNs, std::optional<int32_t> userId) = 0;
     virtual void reserved9() {}

@@ -8,8 +8,9 @@
 
 namespace Velo::OS::Telemetry {
 
-/// "identity_applier": sets the property "id" of an event that has no user id yet: the application's override, else
-/// what the identity manager says, else "0". Throws what `TelemetryEvent::arvoUserId` throws.
+/// "identity_applier": sets the property "id" of an event that has no user id yet: the application's override if
+/// that is a text (up to its first NUL), else what the identity manager says, else "0". Throws what
+/// `TelemetryEvent::arvoUserId` throws.
 class TELEMETRY_EXPORT IdentityApplier : public IApplier {
 public:
     /// Neither may be null.

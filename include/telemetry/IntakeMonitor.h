@@ -8,7 +8,8 @@
 namespace Velo::OS::Telemetry {
 
 /// "intake_monitor": reports the first event of each name and uid as "telemetry_event_intake_monitor_audit", and again
-/// the first that was logged in the other kind of format, a JSON bundle or not. Its own reports it leaves alone.
+/// the first that was logged in the other kind of format, a JSON bundle or not. Its own reports it leaves alone,
+/// and everything while its gate is closed.
 ///
 /// What was reported is kept for the whole process, shared by all monitors, and grows with every name and uid. Two
 /// monitors that see the same at the same moment may both report it. A monitor holds its own lock while it calls the

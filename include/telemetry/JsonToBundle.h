@@ -22,6 +22,9 @@ TELEMETRY_EXPORT bool getJsonFromString(const char* text, Json::Value& out);
 /// nothing, for a value that would nest deeper than `kMaxNesting` with the bundle around it, and for one of a kind that
 /// jsoncpp does not have today; children of such a kind are left out.
 ///
+/// What does not come back as it was: an empty object is null, and an object that has a member with the name of the
+/// array marker, "utl_array_of_bundles", is taken for an array.
+///
 /// The platform stores nested bundles as copies, so the time grows with the square of the depth.
 TELEMETRY_EXPORT bool convertJsonToBundle(const std::string& key, const Json::Value& value,
                                           android::os::PersistableBundle& bundle);

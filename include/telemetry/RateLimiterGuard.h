@@ -21,7 +21,7 @@ namespace Velo::OS::Telemetry {
 /// lock of its own while it calls a manager or the callback, which must not call back into it.
 class TELEMETRY_EXPORT RateLimiterGuard : public IGuard {
 public:
-    /// Neither manager may be null. Their order is not that of the other guards.
+    /// Neither manager may be null. Deliberate: their order is not that of the other guards.
     RateLimiterGuard(MonitorEventCallback callback, std::shared_ptr<IHealthCountersManager> healthCounters,
                      std::shared_ptr<IRateLimiterConfigManager> configManager);
 

@@ -25,13 +25,15 @@ public:
 
     /// A copy of the event's data, converted from the bundle first if that has not been tried before.
     virtual Json::Value getJsonValue() = 0;
-    /// The data as compact JSON, empty if the bundle cannot be converted. Valid until the event changes or dies.
+    /// The data as compact JSON, empty if the bundle cannot be converted, which is logged as a warning. Valid until the
+    /// event changes or dies.
     virtual const std::string& getJsonString() = 0;
     /// One line for people: name, uid, time, size, priority, data and header.
     virtual std::string getDebugString() = 0;
     /// Compact JSON of the properties, "app_id" and "app_version": the header that accompanies a batch of events.
     virtual std::string getJsonBatchHeaderString() = 0;
-    /// Number of members. Until the bundle is converted, a key that is both in it and in the data counts twice.
+    /// Number of members. Until the bundle is converted with success, a key that is both in it and in the data counts
+    /// twice.
     virtual size_t size() const = 0;
 
     virtual std::string name() const = 0;
@@ -86,8 +88,8 @@ public:
     /// "applied_sample_rate"; 1 if absent.
     virtual int64_t sampleRateAsPelko() const = 0;
     virtual IntakeFormat getIntakeFormat() const = 0;
-    /// The text by which consumers recognise the kind of event: its name, or a number from the payload for on-demand
-    /// and performance-marker events. Computed on the first call and never again.
+    /// The text by which consumers recognise the kind of event: its name, or what the payload says for on-demand and
+    /// performance-marker events. Computed on the first call and never again.
     virtual std::string getStringIdentifier() = 0;
 };
 

@@ -14,7 +14,9 @@ namespace Velo::OS::Telemetry {
 /// The event: a platform bundle or a JSON document, plus what the stages add.
 ///
 /// The bundle is never modified. Added values live in the data beside it; the first operation that needs the whole
-/// data as JSON converts the bundle into it, once, where values already added win over the bundle's.
+/// data as JSON converts the bundle into it, once. Added values win over the bundle's scalars and string vectors;
+/// nested bundles are merged into added objects, and fail the conversion where another value was added: then there is
+/// no text.
 ///
 /// The data nests no deeper than `kMaxNesting`: see `NestingLimit.h`. Bundles are copied before their depth is known.
 ///
@@ -30,7 +32,7 @@ public:
     /// else, and with what nests deeper than `kMaxNesting`, no member can be read or added, and the JSON text is empty.
     TelemetryEventBundle(const std::string& name, Json::Value data, unsigned int uid, IntakeFormat format);
     /// Deliberate: properties, conversion state and both caches do not come along, so a moved event is converted anew,
-    /// which fails if its data already holds an array from the bundle. The bundle is copied, so it may throw.
+    /// which fails if its data already holds an array from a nested bundle. The bundle is copied, so it may throw.
     TelemetryEventBundle(TelemetryEventBundle&& other);
     /// Deliberate: only the bundle (copied) and the document are replaced.
     TelemetryEventBundle& operator=(TelemetryEventBundle&& other);
@@ -79,8 +81,8 @@ public:
     IntakeFormat getIntakeFormat() const override;
     std::string getStringIdentifier() override;
 
-    /// The value under `key`: from the data, else, until the bundle has been converted, a scalar of the bundle, else
-    /// null.
+    /// The value under `key`: from the data, else, until the bundle has been converted with success, a scalar of the
+    /// bundle, else null.
     Json::Value getFromEventMetadata(const std::string& key) const;
     /// Sets the member `key` of the data. A value with which the data would nest deeper than `kMaxNesting` is logged as
     /// a warning and not added: the member stays as it was. `addJson` is the same.
@@ -91,9 +93,11 @@ public:
     int64_t getArvoUserIdFromSorel() const;
     /// Replaces the intake format by the one that the logging pathway stands for, if it stands for one.
     void overrideIntakeFormat();
-    /// The identifier of an on-demand event: its campaign.
+    /// The identifier of an on-demand event: "odt_" and its campaign; without one "ondemand_statsd_utl", and an error
+    /// in the log. Converts the bundle.
     std::string getStringIdentifierODT();
-    /// The identifier of a performance-marker event: its marker.
+    /// The identifier of a performance-marker event: the number of its marker; without one the event's name, and a line
+    /// in the log. Converts the bundle.
     std::string getStringIdentifierKLX();
 
     /// The value if it is of the type asked for, else the default. Numbers that no signed 64-bit integer holds yield

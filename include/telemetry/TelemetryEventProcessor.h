@@ -29,6 +29,8 @@ public:
     /// The enriched event; or EINVAL in the generic category if a guard rejected it; or the error of the applier that
     /// failed, unchanged. In both cases of error the event is gone.
     ///
+    /// The event must not be null, and no stage may return a null one: neither is looked at before it is used.
+    ///
     /// A guard or applier that returns an empty result aborts the process. What a stage throws passes through.
     ///
     /// Several threads may call it at once: it keeps nothing and takes no lock.

@@ -8,7 +8,7 @@
 namespace Velo::OS::Telemetry {
 
 /// "timestamp_applier": adds "timestamp", the time at which the event was created, in ms on the adjusted clock, and
-/// "adjusted", whether that is wall-clock time.
+/// "adjusted", whether that is wall-clock time. An event from before that clock's zero, or from the future, gets 0.
 class TELEMETRY_EXPORT TimestampApplier : public IApplier {
 public:
     /// Must not be null.

@@ -15,7 +15,7 @@ public:
     LogCapture() {
         lines_.clear();
         __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
-        // The only place that knows this liblog's form of a logger: later ones hand over one struct, message included.
+        // This liblog's form of a logger, as in fuzz/ and replay/: later ones hand over one struct, message included.
         __android_log_set_logger([](const __android_logger_data* data, const char* message) {
             lines_.push_back(std::to_string(data->priority) + " " + data->tag + ": " + message);
         });
