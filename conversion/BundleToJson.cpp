@@ -5,10 +5,12 @@
 #include <memory>
 #include <set>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "conversion/ArrayMarker.h"
 #include "conversion/Immortal.h"
+#include "conversion/JsonMember.h"
 #include "conversion/PlatformText.h"
 
 namespace Velo::OS::Telemetry {
@@ -79,11 +81,7 @@ class MemberNames {
 public:
     explicit MemberNames(const Json::Value& object) {
         names_.reserve(object.size());
-        for (auto member = object.begin(); member != object.end(); ++member) {
-            const char* end = nullptr;
-            const char* begin = member.memberName(&end);
-            names_.emplace_back(begin, static_cast<size_t>(end - begin));
-        }
+        for (auto member = object.begin(); member != object.end(); ++member) names_.push_back(nameOf(member));
     }
 
     bool contains(std::string_view name) const { return std::binary_search(names_.begin(), names_.end(), name); }
@@ -100,9 +98,9 @@ bool convertMembers(const PersistableBundle& bundle, const Keys& keys, Getter<T>
     for (const String16& key : keys) {
         toUtf8(key, name);
         if (earlier.contains(name)) continue;
-        T value{};
-        if (!(bundle.*get)(key, &value) || !isConvertible(value)) return false;
-        json[name] = toJson(value);
+        Json::Value value;
+        if (!convertValue(bundle, get, key, value)) return false;
+        json[name] = std::move(value);
     }
     return true;
 }

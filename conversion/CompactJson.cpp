@@ -8,6 +8,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "conversion/JsonMember.h"
 #include "conversion/PerThread.h"
 
 namespace Velo::OS::Telemetry {
@@ -88,7 +89,7 @@ private:
                 text_ += Json::valueToString(value.asDouble());
                 break;
             case Json::stringValue:
-                appendString(value);
+                appendQuotedText(text_, textOf(value));
                 break;
             case Json::booleanValue:
                 text_ += value.asBool() ? "true" : "false";
@@ -112,13 +113,6 @@ private:
         text_.append(digits, std::to_chars(std::begin(digits), std::end(digits), number).ptr);
     }
 
-    void appendString(const Json::Value& value) {
-        const char* begin = nullptr;
-        const char* end = nullptr;
-        if (!value.getString(&begin, &end)) return;
-        appendQuotedText(text_, {begin, static_cast<size_t>(end - begin)});
-    }
-
     bool appendArray(const Json::Value& array) {
         text_ += '[';
         for (Json::ArrayIndex i = 0; i < array.size(); ++i) {
@@ -135,9 +129,7 @@ private:
         const auto end = object.end();
         for (auto member = first; member != end; ++member) {
             if (member != first) text_ += ',';
-            const char* nameEnd = nullptr;
-            const char* name = member.memberName(&nameEnd);
-            appendQuotedText(text_, {name, static_cast<size_t>(nameEnd - name)});
+            appendQuotedText(text_, nameOf(member));
             text_ += ':';
             if (!append(*member)) return false;
         }

@@ -1,24 +1,10 @@
 #include "conversion/JsonComparison.h"
 
-#include <cstddef>
-#include <string_view>
+#include "conversion/JsonMember.h"
 
 namespace Velo::OS::Telemetry {
 
 namespace {
-
-std::string_view textOf(const Json::Value& string) {
-    const char* begin = nullptr;
-    const char* end = nullptr;
-    if (!string.getString(&begin, &end)) return {};
-    return {begin, static_cast<size_t>(end - begin)};
-}
-
-std::string_view nameOf(const Json::Value::const_iterator& member) {
-    const char* end = nullptr;
-    const char* begin = member.memberName(&end);
-    return {begin, static_cast<size_t>(end - begin)};
-}
 
 /// Neither is less than the other.
 bool isSameReal(double left, double right) { return !(left < right) && !(right < left); }

@@ -146,7 +146,7 @@ long TelemetryEventBundle::validateInt(const Json::Value& value, long defaultVal
     return toInt64(value).value_or(defaultValue);
 }
 
-std::string TelemetryEventBundle::name() const { return validateStr(std::as_const(document_)["event_name"], {}); }
+std::string TelemetryEventBundle::name() const { return validateStr(std::as_const(document_)[kNameMember], {}); }
 std::string TelemetryEventBundle::sessionsV2() const { return metadataText("__sessions_v2"); }
 uint32_t TelemetryEventBundle::uid() const { return uid_; }
 bool TelemetryEventBundle::priority() const { return metadataBool("realtime"); }

@@ -17,7 +17,7 @@ namespace {
 using Keys = DynamicTelemetryPerformance;
 
 constexpr uint32_t kSystemUid = 1000;  // Deliberate: not the event's, see the header.
-const std::string& kConfigId = immortal<std::string>(Keys::kConfigId);
+const std::string& kConfigIdMember = immortal<std::string>(Keys::kConfigId);
 const std::string& kDropCounter = immortal<std::string>(kGuardDynamicTelemetryDropped);
 
 const char* textOf(FetchOutcome outcome) {
@@ -87,7 +87,7 @@ EventResult DynamicTelemetryGuard::handle(std::unique_ptr<TelemetryEvent> event)
     for (const auto& fetch : manager_->takeConfigFetchLogs()) report(fetch, callback_);
 
     if (!decision.shouldLog) return reject(*event, kDropCounter, *healthCounters_);
-    event->addString(kConfigId, manager_->getActiveConfigId(multiuser_get_user_id(event->uid())));
+    event->addString(kConfigIdMember, manager_->getActiveConfigId(multiuser_get_user_id(event->uid())));
     event->setSampleRate(decision.sampleRate);
     return event;
 }

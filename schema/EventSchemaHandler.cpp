@@ -43,7 +43,7 @@ const Json::Value& arrayOf(const Json::Value& value) {
 }
 
 /// A text, or a number, truth value or null as the text for it.
-std::optional<std::string> textOf(const Json::Value& value) {
+std::optional<std::string> asText(const Json::Value& value) {
     if (value.isArray() || value.isObject()) return std::nullopt;
     return value.asString();
 }
@@ -137,7 +137,7 @@ bool EventSchemaHandler::persistEventSchema(const std::string& schema) {
     const Json::Value& timestamp = memberOf(*root, kKeyTimestamp);
     const bool hasTimestamp = !root->isNull() && root->isMember(kKeyTimestamp) && !timestamp.isString();
     eventSchemaStore_.setValue(kKeyTimestamp, hasTimestamp ? toCompactJson(timestamp) : "0");
-    eventSchemaStore_.setValue(kKeySalt, textOf(memberOf(*root, kKeySalt)).value_or(""));
+    eventSchemaStore_.setValue(kKeySalt, asText(memberOf(*root, kKeySalt)).value_or(""));
 
     const Json::Value& categories = memberOf(*root, kJsonKeySettingsToCategories);
     const auto needsReviewCode = singleCodeOf(memberOf(categories, kCategoryNeedsReview),
@@ -159,7 +159,7 @@ void EventSchemaHandler::addAllowedEventsOrCampaigns(const Json::Value& entries,
                                                      const std::unordered_set<int32_t>& essentialCodes,
                                                      const std::unordered_set<int32_t>& nonEssentialCodes) {
     for (const Json::Value& entry : arrayOf(entries)) {
-        const std::optional<std::string> identifier = textOf(memberOf(entry, kJsonKeyIdentifier));
+        const std::optional<std::string> identifier = asText(memberOf(entry, kJsonKeyIdentifier));
         if (!identifier) continue;
         const std::optional<Codes> codes = entryCodesOf(memberOf(entry, kJsonKeyCategories));
         eventSchemaStore_.setValue(*identifier, codes ? getCategoryFromCodes(*codes, needsReviewCode, otherConsentCode,
@@ -168,7 +168,7 @@ void EventSchemaHandler::addAllowedEventsOrCampaigns(const Json::Value& entries,
         // An event with several purposes serves none of them only.
         const Json::Value& purposes = arrayOf(memberOf(memberOf(entry, kJsonKeyExtraDataCategories), kJsonKeyGranular));
         if (purposes.size() != 1) continue;
-        const std::optional<std::string> purpose = textOf(purposes[0]);
+        const std::optional<std::string> purpose = asText(purposes[0]);
         if (purpose) eventSchemaPurposeStore_.setValue(*identifier, *purpose);
     }
 }

@@ -1,7 +1,6 @@
 #include "platform/settings/HostTelemetrySettings.h"
 
 #include <mutex>
-#include <utility>
 
 #include "conversion/Immortal.h"
 #include "telemetry/TelemetrySettingsManager.h"

@@ -2,7 +2,6 @@
 #include <memory>
 #include <mutex>
 #include <ostream>
-#include <string>
 #include <utility>
 #include <vector>
 

@@ -124,21 +124,6 @@ TEST(JsonToBundle, StoresEveryKind) {
     EXPECT_EQ(converted(bundle), R"({"k":[true,[],{"a":["x",null]},{"d":0.5}]})") << "an empty bundle reads as null";
 }
 
-TEST(JsonToBundle, TextsOfEveryLengthComeBack) {
-    for (const size_t length : {0U, 1U, 63U, 64U, 65U, 200U}) {
-        for (const char* last : {"", "\u00e9", "\U0001F600x"}) {
-            const std::string text = std::string(length, 'k') + last;
-            Bundle bundle;
-            convertJsonToBundle(text, text, bundle);
-            String16 value;
-            EXPECT_TRUE(bundle.getString(String16(text.c_str()), &value)) << text;
-            EXPECT_EQ(value, String16(text.c_str()));
-            Json::Value json;
-            EXPECT_TRUE(convertBundleToJson(bundle, json) && json[text] == text) << json;
-        }
-    }
-}
-
 TEST(PlatformText, IsThatOfThePlatform) {
     std::mt19937 random(1);
     for (int i = 0; i < 20000; ++i) {
@@ -157,22 +142,6 @@ TEST(PlatformText, IsThatOfThePlatform) {
         std::string bytes(random() % 130, 'a');
         for (char& byte : bytes) byte = oddOr(byte);
         ASSERT_EQ(toString16(bytes.c_str()), String16(bytes.c_str()));
-    }
-}
-
-TEST(PlatformText, WhatIsNoUtf8BecomesWhatThePlatformMakesOfIt) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"a\xE2\x82", ""},           // cut short: nothing is left
-        {"a\xC3z", "a\u00FA"},       // the next byte is swallowed
-        {"\x80z", "\u0080z"},        // a continuation alone stands for itself
-        {"a\xC0\x80z", "a"},         // a NUL in too many bytes ends the text
-        {"\xED\xA0\x80z", "z"},      // half a surrogate pair is dropped
-        {"\xF4\x90\x80\x80z", "z"},  // so is what is beyond the last character
-    };
-    for (const auto& [bytes, expected] : cases) {
-        Bundle bundle;
-        EXPECT_TRUE(convertJsonToBundle(bytes, bytes, bundle));
-        EXPECT_EQ(converted(bundle), text(parsed(R"({")" + std::string(expected) + R"(":")" + expected + "\"}")));
     }
 }
 

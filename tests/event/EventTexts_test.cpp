@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <functional>
+#include <locale>
 #include <random>
 
 #include "telemetry/TelemetryEventBundle.h"
@@ -67,15 +68,6 @@ TEST(StringIdentifier, IsTheNameOrANumberOfThePayload) {
     EXPECT_EQ(std::string(kKlxEventName) + kLegacyKlxEventName + kOnDemandPrefix, "perfperf_utlodt_");
 }
 
-TEST(Serialisation, WritesCompactJsonWithTheWritersDefaults) {
-    TelemetryEventBundle e = event(R"({"b":[1,{"c":0.1}],"a":"\u00e9\n/\u0000"})");
-    const std::string longText(200'000, 'x');
-    e.addString("t", longText);
-    const std::string shortPart = R"({"a":"\u00e9\n/\u0000","b":[1,{"c":0.10000000000000001}],"realtime":false,"t":")";
-    EXPECT_EQ(e.getJsonString(), shortPart + longText + "\"}");
-    EXPECT_EQ(event("{}").getJsonString(), R"({"realtime":false})") << "after a text whose memory is not kept";
-}
-
 /// Texts of any bytes, numbers of any kind, and arrays and objects of these.
 Json::Value anyValue(std::mt19937& random, int depth) {
     const auto number = [&](uint32_t below) { return static_cast<int>(random() % below); };
@@ -117,6 +109,7 @@ TEST(Serialisation, IsWhatJsoncppWrites) {
     for (int i = 0; i < 3000; ++i) {
         TelemetryEventBundle e = event("{}");
         e.addJson("any", anyValue(random, 3));
+        if (i == 0) e.addString("long", std::string(200'000, 'x'));  // more than what is kept for the next text
         e.addString("byte", std::string(static_cast<size_t>(i % 11), 'a') + static_cast<char>(i));
         const std::string key = i % 2 ? "app_if" : "app_idle\"";
         const std::string property = anyValue(random, 0).asString();
@@ -250,6 +243,10 @@ TEST(Serialisation, TheHeaderHoldsPropertiesAndTheApp) {
 }
 
 TEST(Serialisation, TheDebugLine) {
+    struct Grouping : std::numpunct<char> {
+        std::string do_grouping() const override { return "\3"; }
+    };
+    std::locale::global(std::locale(std::locale(), new Grouping));
     EXPECT_EQ(event("null").getDebugString(),
               R"(name: e uid: 1000, time: 0, size: 1, priority: 0, data: {"realtime":false}, )"
               R"(header: {"app_id":736366014426470,"app_version":""})");

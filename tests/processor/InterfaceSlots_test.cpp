@@ -2,39 +2,36 @@
 
 #include <cstring>
 
-#include "telemetry/AccountCheckpointGuard.h"
 #include "telemetry/AdjustedClock.h"
-#include "telemetry/AppOverrideManager.h"
-#include "telemetry/ApplicationInfoApplier.h"
 #include "telemetry/DeviceIDApplier.h"
-#include "telemetry/DeviceInfoApplier.h"
 #include "telemetry/DeviceSettingApplier.h"
-#include "telemetry/DynamicTelemetryGuard.h"
-#include "telemetry/EventFilterGuard.h"
-#include "telemetry/EventSchemaHandler.h"
+#include "telemetry/IAccountCheckpointManager.h"
+#include "telemetry/IAppOverrideManager.h"
+#include "telemetry/IApplier.h"
+#include "telemetry/IDiscretionaryAppBypass.h"
+#include "telemetry/IDynamicTelemetryManager.h"
+#include "telemetry/IDynamicTelemetryPerformance.h"
+#include "telemetry/IEventFilteringManager.h"
+#include "telemetry/IEventSchemaHandler.h"
 #include "telemetry/IEventTracingManager.h"
+#include "telemetry/IGuard.h"
 #include "telemetry/IHealthCountersManager.h"
-#include "telemetry/IdentityApplier.h"
+#include "telemetry/IIdentityManager.h"
+#include "telemetry/IMonitor.h"
+#include "telemetry/IPackageInfoManager.h"
+#include "telemetry/IRateLimiterConfigManager.h"
+#include "telemetry/ISessionManager.h"
+#include "telemetry/IStorageCache.h"
+#include "telemetry/ITelemetrySettingsManager.h"
+#include "telemetry/IUserAccountState.h"
 #include "telemetry/IntakeMonitor.h"
-#include "telemetry/KeyValueDispatch.h"
-#include "telemetry/OSUtilsDeviceIdApplier.h"
-#include "telemetry/PackageInfoApplier.h"
 #include "telemetry/PathwayGuard.h"
-#include "telemetry/RateLimiterGuard.h"
-#include "telemetry/SequenceNumberApplier.h"
-#include "telemetry/SessionsApplier.h"
-#include "telemetry/SizeLimiterMonitor.h"
-#include "telemetry/SystemPropertyApplier.h"
-#include "telemetry/TelemetryEventBundle.h"
-#include "telemetry/TelemetryEventProcessorBuilder.h"
+#include "telemetry/SequenceNumberManager.h"
+#include "telemetry/TelemetryEvent.h"
 #include "telemetry/TelemetryStateGuard.h"
-#include "telemetry/TimestampApplier.h"
 #include "telemetry/VerificationMonitor.h"
-#include "tests/fakes/FakeGuardServices.h"
-#include "tests/fakes/FakeStorageCache.h"
-#include "tests/fakes/FakeTelemetrySettings.h"
 
-// Services were compiled against these positions and sizes.
+// Services were compiled against these positions, and these layouts of what they hand over.
 
 namespace Velo::OS::Telemetry {
 
@@ -119,52 +116,12 @@ TEST(InterfaceSlots, OperationsStandWhereTheyAreCalled) {
     for (size_t i = 0; i < event.size(); ++i) EXPECT_EQ(event[i], i + 3) << "operation " << i + 1;
 }
 
-struct EventLayout {
-    void* table;
-    android::os::PersistableBundle bundle;
-    Json::Value document;
-    std::map<std::string, std::string> properties;
-    uint32_t uid;
-    bool conversionSucceeded, converted;
-    std::optional<std::string> cachedJson, cachedIdentifier;
-    IntakeFormat format;
-};
-static_assert(sizeof(TelemetryEventBundle) == sizeof(EventLayout));
-static_assert(sizeof(TelemetryEventProcessor) == 3 * sizeof(std::vector<int>) + 2 * sizeof(std::shared_ptr<int>));
-static_assert(sizeof(TelemetryEventProcessorBuilder) == sizeof(std::shared_ptr<int>));
-static_assert(sizeof(IApplier) == sizeof(void*) + sizeof(std::string));
-static_assert(sizeof(IGuard) == sizeof(IApplier) + sizeof(MonitorEventCallback) && sizeof(IMonitor) == sizeof(IGuard));
-
 static_assert(sizeof(AdjustedTimestamp) == 24 && offsetof(AdjustedTimestamp, isAdjusted) == 0 &&
               offsetof(AdjustedTimestamp, timestampMs) == 8 && offsetof(AdjustedTimestamp, bootTimeMs) == 16);
-static_assert(sizeof(AdjustedClock) == 24);
 static_assert(sizeof(PackageInfo) == 2 * sizeof(std::string) + 8 && offsetof(PackageInfo, packageName) == 0 &&
               offsetof(PackageInfo, versionCode) == sizeof(std::string) &&
               offsetof(PackageInfo, versionName) == sizeof(std::string) + 8);
-static_assert(sizeof(KeyValueDispatch) == sizeof(std::shared_ptr<int>) + sizeof(std::string) + 8);
-static_assert(sizeof(AppOverrideManager) == sizeof(void*) + 2 * sizeof(std::map<int, int>));
-template <typename Applier, typename... Members>
-constexpr bool kHolds = sizeof(Applier) == sizeof(IApplier) + (0 + ... + sizeof(Members));
-using Shared = std::shared_ptr<int>;
-static_assert(kHolds<DeviceIDApplier> && kHolds<OSUtilsDeviceIdApplier> && kHolds<DeviceSettingApplier> &&
-              kHolds<SystemPropertyApplier> && kHolds<DeviceInfoApplier, void*, void*, void*, void*> &&
-              kHolds<IdentityApplier, Shared, Shared> && kHolds<PackageInfoApplier, Shared, Shared> &&
-              kHolds<ApplicationInfoApplier, void*, Shared> && kHolds<SequenceNumberApplier, Shared> &&
-              kHolds<SessionsApplier, Shared> && kHolds<TimestampApplier, Shared>);
-
-template <typename Guard, typename... Members>
-constexpr bool kGuardHolds = sizeof(Guard) == sizeof(IGuard) + (0 + ... + sizeof(Members));
-static_assert(kGuardHolds<PathwayGuard, Shared> && kGuardHolds<TelemetryStateGuard> &&
-              kGuardHolds<RateLimiterGuard, Shared, Shared, std::mutex> &&
-              kGuardHolds<DynamicTelemetryGuard, Shared, Shared, std::mutex> &&
-              kGuardHolds<AccountCheckpointGuard, Shared, Shared, std::mutex> &&
-              kGuardHolds<EventFilterGuard, Shared, Shared, std::mutex>);
-static_assert(kGuardHolds<IntakeMonitor, std::mutex> && kGuardHolds<SizeLimiterMonitor> &&
-              kGuardHolds<VerificationMonitor>);
-static_assert(sizeof(IEventSchemaHandler::EventCategory) == 4 &&
-              sizeof(EventSchemaHandler) ==
-                  sizeof(void*) + 2 * sizeof(KeyValueDispatch) + 3 * sizeof(std::unordered_map<int, int>) +
-                      sizeof(std::optional<std::string>) + sizeof(std::optional<uint64_t>) + sizeof(std::mutex));
+static_assert(sizeof(IEventSchemaHandler::EventCategory) == 4);
 static_assert(sizeof(RateLimitConfig) == 24 && offsetof(RateLimitConfig, refillCount) == 0 &&
               offsetof(RateLimitConfig, maxEvents) == 8 && offsetof(RateLimitConfig, windowSeconds) == 16);
 static_assert(sizeof(DynamicTelemetryDecision) == 8 && offsetof(DynamicTelemetryDecision, shouldLog) == 0 &&
@@ -181,59 +138,5 @@ static_assert(sizeof(FetchOutcome) == 4 && sizeof(ConfigFetchLog) == 88 &&
               offsetof(ConfigFetchLog, fetchFinished) == 72 && offsetof(ConfigFetchLog, outcome) == 80);
 static_assert(sizeof(PerformanceLogs) == 48 && offsetof(PerformanceLogs, guardLogs) == 0 &&
               offsetof(PerformanceLogs, monitorLogs) == 24);
-
-template <typename T>
-T valueAt(const void* object, ptrdiff_t offset) {
-    T value{};
-    std::memcpy(&value, static_cast<const char*>(object) + offset, sizeof value);
-    return value;
-}
-
-TEST(InterfaceSlots, MembersStandInOrder) {
-    const TelemetryEventBundle event("e", Json::Value(), 0x12345678U, IntakeFormat::HalAtom);
-    const EventLayout layout{};
-    const auto offsetOf = [&](const void* member) {
-        return static_cast<const char*>(member) - reinterpret_cast<const char*>(&layout);
-    };
-    EXPECT_EQ(valueAt<uint32_t>(&event, offsetOf(&layout.uid)), 0x12345678U);
-    EXPECT_EQ(valueAt<IntakeFormat>(&event, offsetOf(&layout.format)), IntakeFormat::HalAtom);
-
-    EXPECT_EQ(valueAt<Store>(std::make_unique<KeyValueDispatch>(Store::EventSchema, "", nullptr).get(), 48),
-              Store::EventSchema);
-    fakes::FakeTelemetrySettings::install()->clockAdjusted = true;
-    const AdjustedClock clock;
-    EXPECT_TRUE(valueAt<bool>(&clock, 8));
-    EXPECT_EQ(valueAt<int64_t>(&clock, 16), 0);
-
-    const auto services = std::make_shared<fakes::FakeGuardServices>();
-    const RateLimiterGuard rateLimiter(nullptr, services, services);
-    const DynamicTelemetryGuard dynamicTelemetry(nullptr, services, services);
-    const AccountCheckpointGuard checkpoint(nullptr, services, services);
-    const EventFilterGuard filter(nullptr, services, services);
-    const IHealthCountersManager* const counters = services.get();
-    constexpr size_t kFirst = sizeof(IGuard), kSecond = kFirst + sizeof(Shared);
-    EXPECT_EQ(valueAt<IHealthCountersManager*>(&rateLimiter, kFirst), counters);
-    EXPECT_EQ(valueAt<IHealthCountersManager*>(&dynamicTelemetry, kSecond), counters);
-    EXPECT_EQ(valueAt<IHealthCountersManager*>(&checkpoint, kSecond), counters);
-    EXPECT_EQ(valueAt<IHealthCountersManager*>(&filter, kSecond), counters);
-    EXPECT_EQ(reinterpret_cast<const char*>(&checkpoint.name_), reinterpret_cast<const char*>(&checkpoint) + 8);
-    const SizeLimiterMonitor monitor(nullptr);
-    EXPECT_EQ(reinterpret_cast<const char*>(&monitor.name_), reinterpret_cast<const char*>(&monitor) + 8);
-
-    const auto cache = std::make_shared<fakes::FakeStorageCache>();
-    cache->values[{Store::EventSchema, "event_schema", "timestamp"}] = "1790000000000";
-    EventSchemaHandler schema(cache);
-    EXPECT_EQ(schema.getEventSchemaTimestamp(), 1'790'000'000'000U);
-    constexpr size_t kSalt = sizeof(void*) + 2 * sizeof(KeyValueDispatch) + sizeof(std::unordered_map<int, int>);
-    EXPECT_EQ(valueAt<uint64_t>(&schema, kSalt + sizeof(std::optional<std::string>)), 1'790'000'000'000U);
-
-    static_assert(sizeof(EventResult) == 24);
-    EventResult result;
-    EXPECT_EQ(valueAt<uint8_t>(&result, 16), 0);
-    result = EventResult(std::make_unique<TelemetryEventBundle>("e", 1000U, false));
-    EXPECT_EQ(valueAt<uint8_t>(&result, 16), 1);
-    result = std::error_code(22, std::generic_category());
-    EXPECT_EQ(valueAt<uint8_t>(&result, 16), 2);
-}
 
 }  // namespace Velo::OS::Telemetry

@@ -87,6 +87,8 @@ TEST_F(Pipeline, NothingWhereAValueIsNeededPanics) {
     EXPECT_TRUE(movedTo.hasValue());
     EXPECT_EQ(result.state(), EventResult::State::Empty);  // NOLINT(bugprone-use-after-move)
     result = EventResult(std::make_unique<TelemetryEventBundle>("e", 1U, false));
+    auto& self = result;
+    result = std::move(self);
     EXPECT_NE(result.takeValue(), nullptr);
     EXPECT_DEATH(result.takeValue(), kPanic);
     result = fakes::kFakeError;

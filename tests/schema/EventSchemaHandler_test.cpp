@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
 #include <tuple>
 
-#include "telemetry/MonitorEventCache.h"
 #include "tests/fakes/FakeStorageCache.h"
 #include "tests/fakes/LogCapture.h"
 
@@ -228,23 +226,6 @@ TEST_F(Schema, AnswersAreKeptUntilTheNextSchemaArrives) {
         EXPECT_EQ(handler.getHashedString("ab"), "ab");
         log.take();
     }
-}
-
-TEST_F(Schema, AnswersManyThreads) {
-    const auto ask = [&] {
-        for (int i = 0; i < 2000; ++i) {
-            const std::string name = std::to_string(i % 100);
-            EXPECT_TRUE(i % 50 != 0 || handler.persistEventSchema(R"({"salt":"s","timestamp":5})"));
-            handler.overrideEventCategory(name, Category::NeedsReview);
-            handler.getEventCategory(name);
-            EXPECT_FALSE(handler.isPersonalizationPurposeOnly(name) || handler.isAdsPersonalizationPurposeOnly(name));
-            EXPECT_EQ(handler.getEventSchemaTimestamp(), 5U);
-            MonitorEventCache::checkAndSetFilterDecisionCache(7, name, true);
-        }
-    };
-    std::thread other(ask);
-    ask();
-    other.join();
 }
 
 }  // namespace Velo::OS::Telemetry

@@ -56,6 +56,7 @@ TEST(Threads, EveryCountReportAndNumberAddsUp) {
     start.arrive_and_wait();
     for (bool decision = false; next < events; decision = !decision) {
         pipeline.services.schema->persistEventSchema(pipeline.schema);
+        pipeline.services.schema->overrideEventCategory("nobody", IEventSchemaHandler::EventCategory::Essential);
         EXPECT_FALSE(MonitorEventCache::checkAndSetFilterDecisionCache(/*uid*/ 1, "limited", decision));
     }
     for (std::thread& thread : threads) thread.join();
@@ -82,8 +83,8 @@ TEST(Threads, EveryCountReportAndNumberAddsUp) {
         for (const std::string& counter : counters) expected[counter] = count;
     }
     EXPECT_EQ(pipeline.ledger->counters, expected);
-    pipeline.ledger->reports.erase(
-        "arvo_telemetry_checkpoint_status_monitor");  // one for each change from thread to thread
+    // One for each change from thread to thread.
+    pipeline.ledger->reports.erase("arvo_telemetry_checkpoint_status_monitor");
     EXPECT_EQ(pipeline.ledger->reports, (Counts{{"telemetry_event_intake_monitor_audit", kNames + 7},
                                                 {"telemetry_event_filtering_audit", kNames + 5},
                                                 {"telemetry_service_event_rate_limit_breach", 1},
