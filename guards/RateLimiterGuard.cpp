@@ -11,6 +11,7 @@
 #include "guards/Rejection.h"
 #include "monitors/MonitorEvent.h"
 #include "telemetry/HealthCounterNames.h"
+#include "telemetry/LockAnnotations.h"
 
 namespace Velo::OS::Telemetry {
 
@@ -42,12 +43,21 @@ void reportBreach(const TelemetryEvent& event, const std::string& identifier, do
     breach.send(kBreachEventName, event.uid(), callback);
 }
 
-}  // namespace
+std::mutex& recordsLock = immortal<std::mutex>();  // guards share the records; taken after a guard's own lock
+
+/// What became of an event, and what is to be said about it.
+struct Verdict {
+    bool isAccepted;
+    uint32_t reportedCount;  // of the window before, if that is to be reported; else 0
+    uint32_t count;          // in this window, with the event
+    uint32_t max;
+    uint32_t windowSeconds;
+};
 
 /// What is known of one identifier.
-struct RateLimiterGuard::Record {
-    void configure(const RateLimitConfig& config) {
-        if (configured) return;
+struct Record {
+    void configure(const RateLimitConfig& config) TELEMETRY_REQUIRES(recordsLock) {
+        if (configured) return;  // by another guard
         // Deliberate: reports and thresholds go by the lower 32 bits.
         loggedMaxEvents = static_cast<uint32_t>(config.maxEvents);
         loggedWindowSeconds = static_cast<uint32_t>(config.windowSeconds);
@@ -64,9 +74,15 @@ struct RateLimiterGuard::Record {
         configured = true;
     }
 
+    Verdict admit() TELEMETRY_REQUIRES(recordsLock) {
+        const uint32_t reportedCount = rollOver();
+        ++eventCount;
+        return {takeToken(), reportedCount, eventCount, loggedMaxEvents, loggedWindowSeconds};
+    }
+
     /// Begins a new window if the last one is over. Returns how many events that one saw, if they were so many that it
     /// is to be reported; else 0.
-    uint32_t rollOver() {
+    uint32_t rollOver() TELEMETRY_REQUIRES(recordsLock) {
         // Deliberate: without refill or capacity a window never ends, and its count grows until it wraps.
         if (refillCount < 1 || capacity < 1) return 0;
         const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastRefill);
@@ -77,7 +93,7 @@ struct RateLimiterGuard::Record {
         return seen > 2 * loggedMaxEvents ? seen : 0;
     }
 
-    void refill() {
+    void refill() TELEMETRY_REQUIRES(recordsLock) {
         const std::lock_guard<std::mutex> lock(bucketLock);
         const Clock::time_point now = Clock::now();
         const std::chrono::nanoseconds elapsed = now - lastRefill;
@@ -97,19 +113,37 @@ struct RateLimiterGuard::Record {
         return true;
     }
 
-    std::mutex bucketLock;  // guards the six members that follow, where they change
-    int64_t refillCount = 9000;
-    int64_t capacity = 9000;
-    int64_t windowMs = 60000;
-    int64_t tokens = 9000;
-    bool unlimited = false;
-    Clock::time_point lastRefill = Clock::now();
+    std::mutex bucketLock;  // also held where the six members that follow change; taken after the records' lock
+    int64_t refillCount TELEMETRY_GUARDED_BY(recordsLock) = 9000;
+    int64_t capacity TELEMETRY_GUARDED_BY(recordsLock) = 9000;
+    int64_t windowMs TELEMETRY_GUARDED_BY(recordsLock) = 60000;
+    int64_t tokens TELEMETRY_GUARDED_BY(bucketLock) = 9000;
+    bool unlimited TELEMETRY_GUARDED_BY(bucketLock) = false;
+    Clock::time_point lastRefill TELEMETRY_GUARDED_BY(recordsLock) = Clock::now();
 
-    uint32_t eventCount = 0;  // in this window, dropped ones included
-    uint32_t loggedMaxEvents = 9000;
-    uint32_t loggedWindowSeconds = 60;
-    bool configured = false;
+    uint32_t eventCount TELEMETRY_GUARDED_BY(recordsLock) = 0;  // in this window, dropped ones included
+    uint32_t loggedMaxEvents TELEMETRY_GUARDED_BY(recordsLock) = 9000;
+    uint32_t loggedWindowSeconds TELEMETRY_GUARDED_BY(recordsLock) = 60;
+    bool configured TELEMETRY_GUARDED_BY(recordsLock) = false;
 };
+
+using Records = std::unordered_map<std::string, Record>;
+Records& records TELEMETRY_GUARDED_BY(recordsLock) = immortal<Records>();
+
+Verdict admit(const std::string& identifier, IRateLimiterConfigManager& configManager) {
+    {
+        const std::lock_guard<std::mutex> lock(recordsLock);
+        Record& record = records[identifier];
+        if (record.configured) return record.admit();
+    }
+    const RateLimitConfig config = configManager.getRateLimitConfig(identifier);  // may process events itself
+    const std::lock_guard<std::mutex> lock(recordsLock);
+    Record& record = records[identifier];
+    record.configure(config);
+    return record.admit();
+}
+
+}  // namespace
 
 RateLimiterGuard::RateLimiterGuard(MonitorEventCallback callback,
                                    std::shared_ptr<IHealthCountersManager> healthCounters,
@@ -122,34 +156,18 @@ EventResult RateLimiterGuard::handle(std::unique_ptr<TelemetryEvent> event) {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (!isFormatJsonBundle(event->getIntakeFormat())) return event;
 
-    static auto& records = immortal<std::unordered_map<std::string, Record>>();
-    static auto& recordsMutex = immortal<std::mutex>();  // other guards have locks of their own
     const std::string identifier = event->getStringIdentifier();
-    std::unique_lock<std::mutex> recordsLock(recordsMutex);
-    Record& record = records[identifier];
-    if (!record.configured) {
-        recordsLock.unlock();  // what is called may process events with another guard
-        const RateLimitConfig config = configManager_->getRateLimitConfig(identifier);
-        recordsLock.lock();
-        record.configure(config);
-    }
-
-    double rate = record.rollOver();
-    const uint32_t count = ++record.eventCount;
-    const bool accepted = record.takeToken();
-    const uint32_t max = record.loggedMaxEvents;
-    const uint32_t window = record.loggedWindowSeconds;
-    recordsLock.unlock();
-
-    if (!accepted && count == max + 1) {
-        rate = count;
+    const Verdict verdict = admit(identifier, *configManager_);
+    double rate = verdict.reportedCount;
+    if (!verdict.isAccepted && verdict.count == verdict.max + 1) {
+        rate = verdict.count;
         __android_log_print(ANDROID_LOG_DEBUG, "TelemetryService",
                             "Event rate (events per %u second) exceeds max, rejecting, event: %s, rate: %f , max: %u",
-                            window, identifier.c_str(), rate, max);
+                            verdict.windowSeconds, identifier.c_str(), rate, verdict.max);
     }
     if (rate > 0) reportBreach(*event, identifier, rate, callback_);
 
-    if (accepted) return event;
+    if (verdict.isAccepted) return event;
     return reject(*event, kDropCounter, *healthCounters_);
 }
 

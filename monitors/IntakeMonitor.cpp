@@ -7,6 +7,7 @@
 
 #include "conversion/Immortal.h"
 #include "monitors/MonitorEvent.h"
+#include "telemetry/LockAnnotations.h"
 #include "telemetry/TelemetrySettingsManager.h"
 #include "telemetry/TelemetrySorelconfigs.h"
 
@@ -19,19 +20,24 @@ constexpr char kAuditEventName[] = "telemetry_event_intake_monitor_audit";
 /// Names of events, by the uid that logged them.
 using EventsByUid = std::unordered_map<uint32_t, std::unordered_set<std::string>>;
 
-std::mutex& lock_ = immortal<std::mutex>();  // guards both; taken after a monitor's own lock
-EventsByUid& reportedJsonBundleEvents = immortal<EventsByUid>();
-EventsByUid& reportedOtherEvents = immortal<EventsByUid>();
+std::mutex& lock_ = immortal<std::mutex>();  // taken after a monitor's own lock
+EventsByUid& reportedJsonBundleEvents TELEMETRY_GUARDED_BY(lock_) = immortal<EventsByUid>();
+EventsByUid& reportedOtherEvents TELEMETRY_GUARDED_BY(lock_) = immortal<EventsByUid>();
 
-bool isReported(const EventsByUid& reported, uint32_t uid, const std::string& name) {
+EventsByUid& reportedEvents(bool areJsonBundles) TELEMETRY_REQUIRES(lock_) {
+    return areJsonBundles ? reportedJsonBundleEvents : reportedOtherEvents;
+}
+
+bool isReported(bool isJsonBundle, uint32_t uid, const std::string& name) {
     const std::lock_guard<std::mutex> lock(lock_);
+    const EventsByUid& reported = reportedEvents(isJsonBundle);
     const auto names = reported.find(uid);
     return names != reported.end() && names->second.count(name) > 0;
 }
 
-void setReported(EventsByUid& reported, uint32_t uid, const std::string& name) {
+void setReported(bool isJsonBundle, uint32_t uid, const std::string& name) {
     const std::lock_guard<std::mutex> lock(lock_);
-    reported[uid].insert(name);
+    reportedEvents(isJsonBundle)[uid].insert(name);
 }
 
 }  // namespace
@@ -47,8 +53,8 @@ std::unique_ptr<TelemetryEvent> IntakeMonitor::monitor(std::unique_ptr<Telemetry
     const IntakeFormat format = event->getIntakeFormat();
     if (name == kAuditEventName) return event;
 
-    EventsByUid& reported = isFormatJsonBundle(format) ? reportedJsonBundleEvents : reportedOtherEvents;
-    if (isReported(reported, uid, name)) return event;
+    const bool isJsonBundle = isFormatJsonBundle(format);
+    if (isReported(isJsonBundle, uid, name)) return event;
 
     MonitorEvent audit;
     audit.putString("utl_logging_package", event->loggingPackage());
@@ -58,7 +64,7 @@ std::unique_ptr<TelemetryEvent> IntakeMonitor::monitor(std::unique_ptr<Telemetry
     audit.putString(kKeyProcessingPipeline, "JSON Bundle");
     audit.putBoolean(kKeyLowLatency, event->priority());
     audit.send(kAuditEventName, uid, callback_);
-    setReported(reported, uid, name);  // a report that failed is tried again with the next event
+    setReported(isJsonBundle, uid, name);  // a report that failed is tried again with the next event
     return event;
 }
 

@@ -40,7 +40,7 @@ EventBatch::Wishes Replay::wishes() const {
 }
 
 void Replay::run() {
-    for (InputFile& input : files_.inputs) input.onWait([this] { return awaitInput(); });
+    for (InputFile& input : files_.inputs) input.onWait([this]() TELEMETRY_REQUIRES(reading_) { return awaitInput(); });
     // Even what fails before the first batch must not leave a thread behind.
     const auto work = [this] { attempt(0, [this] { this->work(); }); };
     std::vector<std::thread> others;
@@ -51,6 +51,7 @@ void Replay::run() {
     }
     work();
     for (std::thread& thread : others) thread.join();
+    const std::lock_guard<std::mutex> lock(stopping_);
     if (failure_) std::rethrow_exception(failure_);
 }
 
@@ -96,11 +97,13 @@ bool Replay::read(Work& work) {
     if (lastTicket_ != kNoTicket) return false;
     work.ticket = tickets_;
     auto found = BatchReader::Found::End;
-    attempt(work.ticket, [&] {
+    try {
         found = reader_.next(work.batch.lines());
         if (found == BatchReader::Found::LongLine) handleLongLine(work.ticket);
         if (found != BatchReader::Found::End && options_.isDone) work.place = reader_.place();
-    });
+    } catch (...) {
+        stopAfter(work.ticket, std::current_exception());
+    }
     if (found == BatchReader::Found::End) {
         hasReachedEnd_ = interruption() == 0;
         return false;

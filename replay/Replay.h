@@ -17,6 +17,7 @@
 #include "replay/Outcome.h"
 #include "replay/RunFiles.h"
 #include "replay/Turnstile.h"
+#include "telemetry/LockAnnotations.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -54,7 +55,8 @@ public:
     /// The last line of which everything is written; none if it has no number.
     const LinePlace& lastPlace() const { return lastPlace_; }
     /// Whether it has come to the end of the inputs, and has had no reason to stop before.
-    bool isComplete() const { return hasReachedEnd_ && lastTicket_ == kNoTicket; }
+    // Unchecked: asked after the run, when no other thread is left.
+    bool isComplete() const TELEMETRY_NO_LOCK_CHECK { return hasReachedEnd_ && lastTicket_ == kNoTicket; }
 
 private:
     static constexpr uint64_t kNoTicket = std::numeric_limits<uint64_t>::max();
@@ -79,8 +81,8 @@ private:
     bool isDiscarded(uint64_t ticket) const { return ticket > lastTicket_; }
 
     bool read(Work& work);
-    bool awaitInput();
-    void handleLongLine(uint64_t ticket);
+    bool awaitInput() TELEMETRY_REQUIRES(reading_);
+    void handleLongLine(uint64_t ticket) TELEMETRY_REQUIRES(reading_);
 
     void commit(const Work& work);
     void count(const EventBatch::Entry& entry);
@@ -95,10 +97,10 @@ private:
     Console& console_;
     const Options options_;
 
-    std::mutex reading_;  // guards the input
-    BatchReader reader_;
-    uint64_t tickets_ = 0;
-    bool hasReachedEnd_ = false;
+    std::mutex reading_;
+    BatchReader reader_ TELEMETRY_GUARDED_BY(reading_);
+    uint64_t tickets_ TELEMETRY_GUARDED_BY(reading_) = 0;
+    bool hasReachedEnd_ TELEMETRY_GUARDED_BY(reading_) = false;
 
     Turnstile processing_;  // for the pipeline
     Turnstile writing_;     // for the files, the console and what follows
@@ -106,9 +108,9 @@ private:
     LinePlace lastPlace_;
     bool hasGoneTooFar_ = false;  // with reports about reports
 
-    std::atomic<uint64_t> lastTicket_ = kNoTicket;  // batches after it are discarded
-    std::mutex stopping_;                           // to lower it, and for what follows
-    std::exception_ptr failure_;                    // the first, of whatever batch
+    std::atomic<uint64_t> lastTicket_ = kNoTicket;                // batches after it are discarded
+    std::mutex stopping_;                                         // taken to lower it
+    std::exception_ptr failure_ TELEMETRY_GUARDED_BY(stopping_);  // the first, of whatever batch
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "replay/StoreFile.h"
+#include "telemetry/LockAnnotations.h"
 #include "telemetry/StorageCache.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -21,8 +22,11 @@ public:
     bool listKeys(Store store, const std::string& storeName, std::unordered_set<std::string>& keys) override;
 
 private:
-    std::mutex mutex_;  // guards the statements
-    StoreFile::Statement get_, set_, remove_, list_;
+    std::mutex mutex_;
+    StoreFile::Statement get_ TELEMETRY_GUARDED_BY(mutex_);
+    StoreFile::Statement set_ TELEMETRY_GUARDED_BY(mutex_);
+    StoreFile::Statement remove_ TELEMETRY_GUARDED_BY(mutex_);
+    StoreFile::Statement list_ TELEMETRY_GUARDED_BY(mutex_);
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "replay/StoreFile.h"
+#include "telemetry/LockAnnotations.h"
 #include "telemetry/SequenceNumberManager.h"
 
 namespace Velo::OS::Telemetry::replay {
@@ -37,14 +38,14 @@ private:
         int64_t end = 0;
     };
 
-    uint64_t draw(Range& range, const std::string& prefix, const std::string& eventName);
-    void reserve(Range& range, const std::string& sequence);
+    uint64_t draw(Range& range, const std::string& prefix, const std::string& eventName) TELEMETRY_REQUIRES(mutex_);
+    void reserve(Range& range, const std::string& sequence) TELEMETRY_REQUIRES(mutex_);
 
     StoreFile& store_;
-    std::mutex mutex_;  // guards what follows
-    StoreFile::Statement reserve_;
-    Range global_;
-    std::unordered_map<std::string, Range> perType_;  // by event name
+    std::mutex mutex_;
+    StoreFile::Statement reserve_ TELEMETRY_GUARDED_BY(mutex_);
+    Range global_ TELEMETRY_GUARDED_BY(mutex_);
+    std::unordered_map<std::string, Range> perType_ TELEMETRY_GUARDED_BY(mutex_);  // by event name
 };
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -13,6 +13,7 @@
 #include "telemetry/Export.h"
 #include "telemetry/IEventSchemaHandler.h"
 #include "telemetry/KeyValueDispatch.h"
+#include "telemetry/LockAnnotations.h"
 #include "telemetry/StorageCache.h"
 
 namespace Velo::OS::Telemetry {
@@ -73,7 +74,8 @@ public:
 
     /// The SHA-256 (FIPS 180-4) of the text and the schema's salt after it, in lower-case hexadecimal digits; the text
     /// itself, and an error in the log, if there is no salt or hashing fails. The salt is read once for each schema.
-    std::string getHashedString(const std::string& text);
+    // Unchecked: called with the lock and, as any other public member, without.
+    std::string getHashedString(const std::string& text) TELEMETRY_NO_LOCK_CHECK;
     std::string getHashedEventName(const std::string& eventName);
     /// The hash of the purpose and the event's name after it.
     std::string getHashedEventPurpose(const std::string& eventName, const std::string& purpose);
@@ -98,12 +100,12 @@ private:
     KeyValueDispatch eventSchemaStore_;
     KeyValueDispatch eventSchemaPurposeStore_;
     // By event name. An override of a category stands among the answers.
-    std::unordered_map<std::string, EventCategory> categoryCache_;
-    std::optional<std::string> salt_;
-    std::optional<uint64_t> schemaTimestamp_;
-    std::unordered_map<std::string, bool> personalizationOnlyCache_;
-    std::unordered_map<std::string, bool> adsPersonalizationOnlyCache_;
-    std::mutex lock_;  // guards the five members above
+    std::unordered_map<std::string, EventCategory> categoryCache_ TELEMETRY_GUARDED_BY(lock_);
+    std::optional<std::string> salt_ TELEMETRY_GUARDED_BY(lock_);
+    std::optional<uint64_t> schemaTimestamp_ TELEMETRY_GUARDED_BY(lock_);
+    std::unordered_map<std::string, bool> personalizationOnlyCache_ TELEMETRY_GUARDED_BY(lock_);
+    std::unordered_map<std::string, bool> adsPersonalizationOnlyCache_ TELEMETRY_GUARDED_BY(lock_);
+    std::mutex lock_;
 };
 
 }  // namespace Velo::OS::Telemetry

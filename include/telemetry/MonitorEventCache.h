@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "telemetry/Export.h"
+#include "telemetry/LockAnnotations.h"
 
 namespace Velo::OS::Telemetry {
 
@@ -19,8 +20,8 @@ private:
     using Decisions = std::unordered_map<std::string, std::unordered_map<unsigned int, bool>>;
 
     // References to what is never destroyed: events may be processed while the process exits.
-    static Decisions& eventFilteringCache;  // by name
-    static std::mutex& lock_;               // guards it
+    static Decisions& eventFilteringCache TELEMETRY_GUARDED_BY(lock_);  // by name
+    static std::mutex& lock_;
 };
 
 }  // namespace Velo::OS::Telemetry

@@ -28,8 +28,6 @@ public:
     EventResult handle(std::unique_ptr<TelemetryEvent> event) override;
 
 private:
-    struct Record;
-
     std::shared_ptr<IHealthCountersManager> healthCounters_;
     std::shared_ptr<IRateLimiterConfigManager> configManager_;
     std::mutex mutex_;

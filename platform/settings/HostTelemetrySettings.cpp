@@ -3,6 +3,7 @@
 #include <mutex>
 
 #include "conversion/Immortal.h"
+#include "telemetry/LockAnnotations.h"
 #include "telemetry/TelemetrySettingsManager.h"
 
 namespace Velo::OS::Telemetry {
@@ -10,7 +11,7 @@ namespace Velo::OS::Telemetry {
 namespace {
 
 std::mutex& mutex = immortal<std::mutex>();
-auto& current = immortal<std::shared_ptr<ITelemetrySettingsManager>>();  // guarded by mutex
+auto& current TELEMETRY_GUARDED_BY(mutex) = immortal<std::shared_ptr<ITelemetrySettingsManager>>();
 
 }  // namespace
 

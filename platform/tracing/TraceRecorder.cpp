@@ -36,15 +36,15 @@ struct TraceRecorder::ThreadLog {
         TraceEdge::Kind kind;
     };
 
-    std::string_view nameOf(size_t index) const {
+    std::string_view nameOf(size_t index) const TELEMETRY_REQUIRES(mutex) {
         const size_t begin = index == 0 ? 0 : records[index - 1].nameEnd;
         return std::string_view(names).substr(begin, records[index].nameEnd - begin);
     }
 
     const pid_t threadId = gettid();
     std::mutex mutex;
-    std::vector<Record> records;  // guarded by mutex
-    std::string names;            // guarded by mutex
+    std::vector<Record> records TELEMETRY_GUARDED_BY(mutex);
+    std::string names TELEMETRY_GUARDED_BY(mutex);
 };
 
 TraceRecorder::TraceRecorder() = default;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/tracing/HostTracing.h"
+#include "telemetry/LockAnnotations.h"
 
 namespace Velo::OS::Telemetry::host {
 
@@ -53,9 +54,9 @@ private:
     std::atomic<bool> enabled_{false};
     std::atomic<uint64_t> recording_{0};  // number of the current recording; a log belongs to one
 
-    mutable std::mutex mutex_;                       // taken before a log's own
-    std::vector<std::shared_ptr<ThreadLog>> logs_;   // guarded by mutex_
-    std::chrono::steady_clock::time_point start_{};  // guarded by mutex_
+    mutable std::mutex mutex_;  // taken before a log's own
+    std::vector<std::shared_ptr<ThreadLog>> logs_ TELEMETRY_GUARDED_BY(mutex_);
+    std::chrono::steady_clock::time_point start_ TELEMETRY_GUARDED_BY(mutex_){};
 };
 
 }  // namespace Velo::OS::Telemetry::host
