@@ -4,8 +4,10 @@
 
 #include <charconv>
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "fuzz/Lines.h"
@@ -62,7 +64,11 @@ private:
     template <typename Number>
     static Number number(std::string_view text) {
         Number value{};
-        std::from_chars(text.data(), text.data() + text.size(), value);
+        if constexpr (std::is_floating_point_v<Number>) {
+            value = std::strtod(std::string(text).c_str(), nullptr);  // libc++ has no such from_chars
+        } else {
+            std::from_chars(text.data(), text.data() + text.size(), value);
+        }
         return value;
     }
 

@@ -147,7 +147,7 @@ void EventBatch::write() {
 /// False if there is not enough memory: then nothing of it is.
 bool EventBatch::tryToWrite(Entry& entry) {
     std::array<size_t, 4> lengths{};
-    std::ranges::transform(texts_.all(), lengths.begin(), &std::string::size);
+    for (size_t i = 0; i < lengths.size(); ++i) lengths[i] = texts_.all()[i]->size();
     try {
         write(entry);
         return true;

@@ -12,7 +12,8 @@ constexpr size_t kCapacity = kByteOrderMark.size() + LineReader::kMaxLineLength 
 
 }  // namespace
 
-LineReader::LineReader(InputFile& file) : file_(file), buffer_(std::make_unique_for_overwrite<char[]>(kCapacity + 1)) {}
+// Not set to zero, which would touch every page of what few lines need. libc++ 14 has no make_unique_for_overwrite.
+LineReader::LineReader(InputFile& file) : file_(file), buffer_(new char[kCapacity + 1]) {}
 
 bool LineReader::hasLine() const {
     return !inLongLine_ && std::memchr(buffer_.get() + begin_, '\n', end_ - begin_) != nullptr;

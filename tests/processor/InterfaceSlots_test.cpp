@@ -128,14 +128,17 @@ static_assert(sizeof(DynamicTelemetryDecision) == 8 && offsetof(DynamicTelemetry
               offsetof(DynamicTelemetryDecision, sampleRate) == 4);
 using GuardLog = IDynamicTelemetryPerformance::GuardPerformanceLog;
 using MonitorLog = IDynamicTelemetryPerformance::MonitorLog;
-static_assert(sizeof(GuardLog) == 96 && offsetof(GuardLog, metrics) == 0 && offsetof(GuardLog, configId) == 56 &&
-              offsetof(GuardLog, loggingDurationMs) == 88);
-static_assert(sizeof(MonitorLog) == 128 && offsetof(MonitorLog, configId) == 0 &&
-              offsetof(MonitorLog, processedEventName) == 32 && offsetof(MonitorLog, metrics) == 64 &&
-              offsetof(MonitorLog, loggingDurationMs) == 120);
-static_assert(sizeof(FetchOutcome) == 4 && sizeof(ConfigFetchLog) == 88 &&
-              offsetof(ConfigFetchLog, activeConfigId) == 0 && offsetof(ConfigFetchLog, fetchedConfigId) == 32 &&
-              offsetof(ConfigFetchLog, fetchFinished) == 72 && offsetof(ConfigFetchLog, outcome) == 80);
+constexpr size_t kText = sizeof(std::string), kMetrics = sizeof(std::unordered_map<std::string, int64_t>);
+static_assert(sizeof(GuardLog) == kMetrics + kText + 8 && offsetof(GuardLog, metrics) == 0 &&
+              offsetof(GuardLog, configId) == kMetrics && offsetof(GuardLog, loggingDurationMs) == kMetrics + kText);
+static_assert(sizeof(MonitorLog) == 2 * kText + kMetrics + 8 && offsetof(MonitorLog, configId) == 0 &&
+              offsetof(MonitorLog, processedEventName) == kText && offsetof(MonitorLog, metrics) == 2 * kText &&
+              offsetof(MonitorLog, loggingDurationMs) == 2 * kText + kMetrics);
+static_assert(sizeof(FetchOutcome) == 4 && offsetof(ConfigFetchLog, activeConfigId) == 0 &&
+              offsetof(ConfigFetchLog, fetchedConfigId) == kText &&
+              offsetof(ConfigFetchLog, fetchFinished) == kText + sizeof(std::optional<std::string>) &&
+              offsetof(ConfigFetchLog, outcome) == offsetof(ConfigFetchLog, fetchFinished) + 8 &&
+              sizeof(ConfigFetchLog) == offsetof(ConfigFetchLog, outcome) + 8);
 static_assert(sizeof(PerformanceLogs) == 48 && offsetof(PerformanceLogs, guardLogs) == 0 &&
               offsetof(PerformanceLogs, monitorLogs) == 24);
 
