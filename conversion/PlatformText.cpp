@@ -22,12 +22,13 @@ String16 toString16(const char* text) {
 
 void toUtf8(const String16& text, std::string& out) {
     const size_t length = text.size();
+    const char16_t* const units = text;  // what a text calls this differs from one version of the platform to the next
     out.resize(length);
     for (size_t i = 0; i < length; ++i) {
-        const char16_t unit = text.string()[i];
+        const char16_t unit = units[i];
         if (unit == 0) return out.resize(i);
         if (unit > 0x7F) {
-            out = String8(text).string();
+            out = String8(text).c_str();
             return;
         }
         out[i] = static_cast<char>(unit);

@@ -4,6 +4,6 @@
 
 extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
     __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
-    __android_log_set_logger([](const __android_logger_data* /*data*/, const char* /*message*/) {});
+    __android_log_set_logger([](const auto*... /*line*/) {});  // the logger of a device has other parameters
     return 0;
 }

@@ -18,7 +18,7 @@ const String16& marker() {
     return key;
 }
 
-std::string utf8(const String16& text) { return android::String8(text).string(); }
+std::string utf8(const String16& text) { return android::String8(text).c_str(); }
 
 // The conversion as its documentation reads, with no thought of speed.
 

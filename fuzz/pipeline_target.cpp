@@ -51,7 +51,7 @@ constexpr const char* kReports[] = {
 void requireReport(const android::os::PersistableBundle& envelope, bool flag, unsigned int /*uid*/) {
     const std::set<android::String16> names = envelope.getPersistableBundleKeys();
     fuzz::require(!flag && envelope.size() == 1 && names.size() == 1, "A report is one bundle under its name");
-    const std::string name = android::String8(*names.begin()).string();
+    const std::string name = android::String8(*names.begin()).c_str();
     fuzz::require(std::count(std::begin(kReports), std::end(kReports), name) == 1, "A report has a known name", name);
     android::os::PersistableBundle body;
     envelope.getPersistableBundle(*names.begin(), &body);

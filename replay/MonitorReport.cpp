@@ -17,7 +17,7 @@ void openReport(const android::os::PersistableBundle& envelope, uint32_t uid, co
                 MonitorReport& report) {
     report.uid = uid;
     for (const android::String16& name : envelope.getPersistableBundleKeys()) {
-        report.name = android::String8(name).string();
+        report.name = android::String8(name).c_str();
         envelope.getPersistableBundle(name, &report.body);
     }
     report.body.putLong(android::String16("utl_uptime_ms"), times.uptimeMs);

@@ -21,7 +21,7 @@ Json::Value toJson(bool value) { return value; }
 Json::Value toJson(int32_t value) { return value; }
 Json::Value toJson(int64_t value) { return Json::Int64{value}; }
 Json::Value toJson(double value) { return value; }
-Json::Value toJson(const String16& value) { return String8(value).string(); }
+Json::Value toJson(const String16& value) { return String8(value).c_str(); }
 Json::Value toJson(PersistableBundle& value) { return bundleByGetters(value); }
 
 Json::Value toJson(const std::vector<String16>& values) {
@@ -32,9 +32,9 @@ Json::Value toJson(const std::vector<String16>& values) {
 
 /// The member or the element of that name.
 Json::Value& childOf(Json::Value& parent, const String8& name) {
-    if (!parent.isArray()) return parent[name.string()];
+    if (!parent.isArray()) return parent[name.c_str()];
     Json::ArrayIndex index = 0;
-    std::from_chars(name.string(), name.string() + name.size(), index);
+    std::from_chars(name.c_str(), name.c_str() + name.size(), index);
     return parent[index];
 }
 

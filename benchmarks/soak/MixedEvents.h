@@ -85,7 +85,7 @@ public:
         return {1, name == "limited" ? kLimit : 1LL << 62, 1'000'000};
     }
     void report(const android::os::PersistableBundle& envelope) {
-        for (const auto& key : envelope.getPersistableBundleKeys()) next(reports, android::String8(key).string());
+        for (const auto& key : envelope.getPersistableBundleKeys()) next(reports, android::String8(key).c_str());
     }
 
     Counts counters, reports, numbers;  // numbers: the last one of each name; the last global one under no name

@@ -52,7 +52,7 @@ struct OneEventPerMinute : IRateLimiterConfigManager {
 // What guards and monitors report. A service queues it, to log it later as an event of its own.
 void report(const android::os::PersistableBundle& monitorEvent, bool /*flag*/, unsigned int uid) {
     for (const android::String16& name : monitorEvent.getPersistableBundleKeys())
-        std::cout << android::String8(name).string() << " reported of uid " << uid << '\n';
+        std::cout << android::String8(name).c_str() << " reported of uid " << uid << '\n';
 }
 
 void process(const TelemetryEventProcessor& processor, std::unique_ptr<TelemetryEvent> event) {

@@ -137,7 +137,7 @@ TEST(PlatformText, IsThatOfThePlatform) {
         const String16 wide(units.data(), units.size());
         std::string narrow = "replaced";
         toUtf8(wide, narrow);
-        ASSERT_EQ(narrow, android::String8(wide).string());
+        ASSERT_EQ(narrow, android::String8(wide).c_str());
 
         std::string bytes(random() % 130, 'a');
         for (char& byte : bytes) byte = oddOr(byte);

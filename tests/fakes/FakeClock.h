@@ -22,7 +22,7 @@ inline std::vector<clockid_t> clockReads;
 
 }  // namespace Velo::OS::Telemetry::fakes
 
-extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* reading) noexcept {
+extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* reading) {
     using namespace Velo::OS::Telemetry::fakes;
     if (clocksNs.empty()) return static_cast<int>(::syscall(SYS_clock_gettime, clock, reading));
     clockReads.push_back(clock);

@@ -115,7 +115,7 @@ private:
         Json::Value json;
         if (!convertBundleToJson(envelope, json)) return "no report";
         std::string report = text(json);
-        for (const auto& key : body.getIntKeys()) report += " int " + std::string(android::String8(key).string());
+        for (const auto& key : body.getIntKeys()) report += " int " + std::string(android::String8(key).c_str());
         return report;
     }
 };

@@ -15,10 +15,7 @@ public:
     LogCapture() {
         lines_.clear();
         __android_log_set_minimum_priority(ANDROID_LOG_VERBOSE);
-        // This liblog's form of a logger, as in fuzz/ and replay/: later ones hand over one struct, message included.
-        __android_log_set_logger([](const __android_logger_data* data, const char* message) {
-            lines_.push_back(std::to_string(data->priority) + " " + data->tag + ": " + message);
-        });
+        __android_log_set_logger([](const auto*... line) { keep(line...); });
     }
     ~LogCapture() {
         __android_log_set_logger(__android_log_stderr_logger);
@@ -29,6 +26,12 @@ public:
     std::vector<std::string> take() { return std::exchange(lines_, {}); }
 
 private:
+    // The liblog of a desk hands over a struct and the message, that of a device one struct with the message in it.
+    static void keep(const auto* data, const char* message) {
+        lines_.push_back(std::to_string(data->priority) + " " + data->tag + ": " + message);
+    }
+    static void keep(const auto* data) { keep(data, data->message); }
+
     inline static std::vector<std::string> lines_;
 };
 
