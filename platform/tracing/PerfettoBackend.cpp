@@ -7,12 +7,9 @@
 
 #include "platform/tracing/HostTracing.h"
 #include "platform/tracing/TraceCategories.h"
-#include "processor/TraceBackend.h"
+#include "telemetry/LockAnnotations.h"
 
 PERFETTO_TRACK_EVENT_STATIC_STORAGE();
-
-static_assert(PERFETTO_GET_CATEGORY_INDEX(Velo::OS::Telemetry::host::kTraceCategory) == 11,
-              "the pipeline traces in entry 11 of the registry");
 
 namespace Velo::OS::Telemetry {
 
@@ -27,9 +24,9 @@ constexpr uint32_t kSharedMemoryKb = 32 * 1024;
 constexpr uint32_t kBufferKb = 256 * 1024;
 
 std::mutex mutex;
-std::unique_ptr<perfetto::TracingSession> session;  // guarded by mutex; set while recording
-std::vector<char> recorded;                         // guarded by mutex; a serialised trace
-bool complete = true;                               // guarded by mutex
+std::unique_ptr<perfetto::TracingSession> session TELEMETRY_GUARDED_BY(mutex);  // set while recording
+std::vector<char> recorded TELEMETRY_GUARDED_BY(mutex);                         // a serialised trace
+bool complete TELEMETRY_GUARDED_BY(mutex) = true;
 
 void initialiseOnce() {
     [[maybe_unused]] static const bool initialised = [] {
@@ -71,15 +68,6 @@ bool hasLost(const perfetto::TracingSession::GetTraceStatsCallbackArgs& answer) 
 }
 
 }  // namespace
-
-bool trace::isEnabled() { return TRACE_EVENT_CATEGORY_ENABLED(host::kTraceCategory); }
-
-void trace::beginSlice(std::string_view name) {
-    TRACE_EVENT_BEGIN(host::kTraceCategory, nullptr,
-                      [&](perfetto::EventContext context) { context.event()->set_name(name.data(), name.size()); });
-}
-
-void trace::endSlice() { TRACE_EVENT_END(host::kTraceCategory); }
 
 std::string_view host::traceBackend() { return "perfetto"; }
 

@@ -13,3 +13,9 @@ PERFETTO_DEFINE_CATEGORIES(
     perfetto::Category("reserved6"), perfetto::Category("reserved7"), perfetto::Category("reserved8"),
     perfetto::Category("reserved9"), perfetto::Category("reserved10"),
     perfetto::Category(Velo::OS::Telemetry::host::kTraceCategory).SetDescription("Event processing and its stages"));
+
+namespace Velo::OS::Telemetry::trace {
+
+using host::kTraceCategory;
+
+}  // namespace Velo::OS::Telemetry::trace
