@@ -213,6 +213,12 @@ TEST_F(Guards, AnyBytesAreANameAndReportedAsThePlatformHoldsThem) {
                          "count guard_rate_limit_dropped 1 of " + name}));
         EXPECT_NE(log.take().at(0).find("event: " + std::string(name.substr(0, 9).c_str())), std::string::npos);
     }
+    RateLimiterGuard other(nullptr, services, services);
+    RateLimiterGuard reporting([&](const auto&...) { EXPECT_TRUE(passes(other, "unlimited")); }, services, services);
+    services->rateLimit = {-1, -1, 1};
+    EXPECT_TRUE(passes(other, "unlimited"));
+    services->rateLimit = {1, 0, 5};
+    EXPECT_FALSE(passes(reporting, "f")) << "while one reports, others go on";
 }
 
 TEST_F(Guards, EachChangeOfTheCheckpointIsReported) {
