@@ -42,7 +42,13 @@ ExitStatus explainFiles(RunFiles& files, const ExplainOptions& options, Console&
     if (isClosed) sayWhereItEnded(replay, hasRun, files, console);
     if (!hasRun || !isClosed) return ExitStatus::Unusable;
     if (interruption() != 0) return statusOfInterruption();
-    if (explainer.explained() == 0) console.error(explainer.whyNone());
+    // An event that comes after the end of the run may yet have the name.
+    const std::string missing = replay.isComplete() ? explainer.missingNames() : "";
+    if (explainer.explained() == 0) {
+        console.error("none of the events was chosen" + missing);
+    } else if (!missing.empty()) {
+        console.warning(missing.substr(2));
+    }
     return explainer.explained() > 0 && replay.counts().bad == 0 ? ExitStatus::Success : ExitStatus::BadInput;
 }
 

@@ -18,10 +18,8 @@ bool admits(const std::set<T>& chosen, const T& value) {
 
 std::unique_ptr<Journey> Explainer::follow(const LinePlace& place, bool isReport, const TelemetryEvent& event,
                                            std::string_view line, const std::vector<Journey::Stage>& stages) {
-    if (!isChosen(place, isReport, event.name())) {
-        if (!choice_.names.empty()) rememberName(event.name());
-        return nullptr;
-    }
+    if (!choice_.names.empty()) rememberName(event.name());
+    if (!isChosen(place, isReport, event.name())) return nullptr;
     std::unique_ptr<Journey> journey = start_.begin(place, isReport, event, line, stages);
     if (journey) ++followed_;
     return journey;
@@ -43,16 +41,17 @@ void Explainer::explain(const Observation& observation) {
 
 void Explainer::rememberName(const std::string& name) {
     constexpr size_t kMaxNames = 1000, kMaxNameLength = 64;
-    if (otherNames_.size() < kMaxNames && name.size() <= kMaxNameLength) otherNames_.insert(name);
+    const bool isWanted = choice_.names.count(name) > 0;
+    if (isWanted || (seenNames_.size() < kMaxNames && name.size() <= kMaxNameLength)) seenNames_.insert(name);
 }
 
-std::string Explainer::whyNone() const {
-    std::string why = "none of the events was chosen";
-    const std::vector<std::string_view> others(otherNames_.begin(), otherNames_.end());
+std::string Explainer::missingNames() const {
+    std::string missing;
+    const std::vector<std::string_view> seen(seenNames_.begin(), seenNames_.end());
     for (const std::string& name : choice_.names) {
-        if (otherNames_.count(name) == 0) why += "; no " + name + didYouMean(name, others);
+        if (seenNames_.count(name) == 0) missing += "; no " + name + didYouMean(name, seen);
     }
-    return why;
+    return missing;
 }
 
 bool Explainer::concerns(const LinePlace& place) const { return admits(choice_.lines, place.line); }

@@ -38,8 +38,8 @@ public:
     void explain(const Observation& observation);
 
     uint64_t explained() const { return explained_; }
-    /// Why nothing was: what names there were instead of those that were asked for.
-    std::string whyNone() const;
+    /// The names asked for that no event has had so far: "; no NAME; did you mean ...". Empty if there is none.
+    std::string missingNames() const;
     /// Whether the choice speaks of that line, be it of an event or not.
     bool concerns(const LinePlace& place) const;
     /// Whether no event can be chosen any more after that line.
@@ -53,7 +53,7 @@ private:
     OutputFile& output_;
     const Format format_;
     JourneyStart start_;
-    std::set<std::string> otherNames_;  // not all, if they are very many
+    std::set<std::string> seenNames_;  // of events; not all others, if they are very many
     uint64_t followed_ = 0;
     uint64_t explained_ = 0;
 };

@@ -786,6 +786,10 @@ TEST_F(ReplayTool, ExplainsWhatEachStageDoes) {
     EXPECT_TRUE(read("err").starts_with("odd:1: ")) << read("err");
     EXPECT_EQ(sh("$TOOL explain in --line 2 --line 9"), 1);
     EXPECT_EQ(read("err"), "in:2: expected an object\nnone of the events was chosen\n");
+    EXPECT_EQ(sh("sed '2d;6d' in | $TOOL explain odd - --name generic --name perff >text"), 0);
+    EXPECT_EQ(read("err"), "warning: no perff; did you mean \"perf\"?\n");
+    EXPECT_EQ(sh("$TOOL explain in --name generic --line 1"), 1);
+    EXPECT_EQ(read("err"), "none of the events was chosen\n") << "the name comes later";
     EXPECT_EQ(sh("$TOOL explain in --line 0"), 2);
     EXPECT_TRUE(read("err").starts_with("--line: expected an integer from 1 to 18446744073709551615, not \"0\"\n"));
 }
