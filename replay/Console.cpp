@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "replay/Escape.h"
+#include "replay/Utf8.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -73,7 +74,7 @@ void Console::table(const std::string& title, const Rows& rows) {
 
 void Console::print(std::string_view line) {
     if (statusLine_) statusLine_->clear();
-    std::string text = escaped(line.substr(0, kMaxMessageLength));
+    std::string text = escaped(utf8Prefix(line, kMaxMessageLength));
     text += line.size() > kMaxMessageLength ? "...\n" : "\n";
     writeToStandardError(text);
 }

@@ -8,6 +8,7 @@
 #include "replay/CompactJson.h"
 #include "replay/StrictJson.h"
 #include "replay/Suggestion.h"
+#include "replay/Utf8.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -28,10 +29,7 @@ bool isOfType(const Json::Value& value, std::string_view type) {
 /// So much of it as fits a message.
 std::string shortened(const std::string& text) {
     constexpr size_t kMaxLength = 120;
-    if (text.size() <= kMaxLength) return text;
-    size_t end = kMaxLength;
-    while ((text[end] & 0xC0) == 0x80) --end;  // not within a character of UTF-8
-    return text.substr(0, end) + "...";
+    return text.size() <= kMaxLength ? text : std::string(utf8Prefix(text, kMaxLength)) + "...";
 }
 
 }  // namespace

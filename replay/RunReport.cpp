@@ -1,6 +1,5 @@
 #include "replay/RunReport.h"
 
-#include <algorithm>
 #include <ctime>
 
 #include "embedded/report.h"
@@ -13,27 +12,15 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
-constexpr size_t kMaxNames = 1000;  // of input and of reports, and as many identifiers
-constexpr size_t kMaxNameLength = 256;
+constexpr size_t kMaxNames = 1000;             // of input and of reports, and as many identifiers
+constexpr size_t kMaxNameLength = 256;         // on the page: a line of input, and a name in it, may be 1 MiB
 constexpr size_t kMaxJourneyBytes = 32 << 20;  // a browser still opens the page
-
-/// The name as the page has it, cut between two characters: a line of input, and a name in it, may be 1 MiB.
-std::string_view shortened(std::string_view name) {
-    if (name.size() <= kMaxNameLength) return name;
-    size_t end = 0;
-    while (end < name.size()) {
-        const size_t length = std::max<size_t>(utf8SequenceLength(name.substr(end)), 1);
-        if (end + length > kMaxNameLength) break;
-        end += length;
-    }
-    return name.substr(0, end);
-}
 
 /// The entry of that name. A new one goes with the others, which have no name, once there are many.
 template <typename Entry, typename Begin>
 Entry& entryOf(std::map<std::string, Entry, std::less<>>& entries, std::optional<Entry>& others, std::string_view name,
                Begin begin) {
-    const std::string_view key = shortened(name);
+    const std::string_view key = utf8Prefix(name, kMaxNameLength);
     if (const auto known = entries.find(key); known != entries.end()) return known->second;
     if (entries.size() < kMaxNames) return entries.emplace(key, begin()).first->second;
     if (!others) others = begin();

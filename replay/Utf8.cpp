@@ -64,4 +64,12 @@ size_t findMalformedUtf8(std::string_view text) {
     return offset;
 }
 
+std::string_view utf8Prefix(std::string_view text, size_t maxBytes) {
+    if (text.size() <= maxBytes) return text;
+    size_t start = maxBytes;  // of the character that the cut falls into, if it falls into one
+    while (start > 0 && maxBytes - start < 3 && (byteAt(text, start) & 0xC0) == 0x80) --start;
+    const bool isWithin = start + utf8SequenceLength(text.substr(start)) > maxBytes;
+    return text.substr(0, isWithin ? start : maxBytes);
+}
+
 }  // namespace Velo::OS::Telemetry::replay

@@ -11,4 +11,7 @@ size_t utf8SequenceLength(std::string_view text);
 /// Offset of the first byte that belongs to no well-formed sequence; the text's size if there is none.
 size_t findMalformedUtf8(std::string_view text);
 
+/// The start of the text, of at most so many bytes, cut between two characters.
+std::string_view utf8Prefix(std::string_view text, size_t maxBytes);
+
 }  // namespace Velo::OS::Telemetry::replay

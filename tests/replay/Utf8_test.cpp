@@ -13,12 +13,13 @@ TEST(Utf8, AcceptsTheFirstAndLastOfEveryRangeAndRefusesTheirNeighbours) {
         "\x7F",         "\xC2\x80",     "\xDF\xBF",         "\xE0\xA0\x80",     "\xED\x9F\xBF",
         "\xEE\x80\x80", "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF", std::string(1, '\0'),
     };
-    const std::string malformed[] = {
-        "\x80",         "\xC1\xBF",        "\xE0\x9F\xBF",     "\xF0\x8F\xBF\xBF",  // continues nothing; overlong
-        "\xED\xA0\x80", "\xED\xBF\xBF",    "\xF4\x90\x80\x80", "\xF5\x80\x80\x80",
-        "\xFF",  // surrogates; beyond the last
-        "\xC2",         "\xE1\x80",        "\xF1\x80\x80",     "\xC2\xC0",
-        "\xE1\x80\x7F", "\xF1\x80\x80\xC0"};  // cut short
+    const std::string malformed[] = {// Continues nothing; overlong.
+                                     "\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xF0\x8F\xBF\xBF",
+                                     // Surrogates; beyond the last.
+                                     "\xED\xA0\x80", "\xED\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xFF",
+                                     // Cut short.
+                                     "\xC2", "\xE1\x80", "\xF1\x80\x80", "\xC2\xC0", "\xE1\x80\x7F",
+                                     "\xF1\x80\x80\xC0"};
     // At every offset, so that each also straddles the words that are skipped as a whole.
     for (size_t offset = 0; offset < 17; ++offset) {
         const std::string before(offset, 'a');
@@ -28,10 +29,12 @@ TEST(Utf8, AcceptsTheFirstAndLastOfEveryRangeAndRefusesTheirNeighbours) {
             EXPECT_EQ(findMalformedUtf8(whole), whole.size()) << escaped(text);
             const std::string_view cutShort(whole.data(), offset + text.size() - 1);
             EXPECT_EQ(findMalformedUtf8(cutShort), offset) << escaped(text);
+            EXPECT_EQ(utf8Prefix(whole, cutShort.size()), before) << escaped(text);
         }
         for (const std::string& text : malformed) {
             EXPECT_EQ(findMalformedUtf8(before + text), offset) << escaped(text);
             EXPECT_EQ(findMalformedUtf8(before + text + after), offset) << escaped(text);
+            EXPECT_EQ(utf8Prefix(before + text + after, offset + 1).size(), offset + 1) << escaped(text);
         }
     }
 }
