@@ -74,9 +74,7 @@ constexpr HelpBlock kMonitorEvents[] = {
 
 constexpr HelpBlock kDevice[] = {
     text("One JSON object; whatever is absent is unknown to the pipeline. A member named // is a comment, where names "
-         "are fixed. LIMIT, LOG "
-         "and "
-         "FETCH are explained in their turn."),
+         "are fixed. LIMIT, LOG and FETCH are explained in their turn."),
     item("device_ids", R"({"telemetry": string, "morlek": string})", {}),
     item("system_properties", "{NAME: string}", {}),
     item("users",
@@ -181,7 +179,9 @@ constexpr HelpBlock kExitStatus[] = {
     item("1",
          "something in the input was bad: run met a bad line, or its events are not as expected; explain found no "
          "event to explain, or a bad line that may be one; schema check found anything"),
-    item("2", "a wrong call, or a file that cannot be opened, read or written"),
+    item("2",
+         "a wrong call, a file that cannot be opened, read or written, too little memory, or expectations that could "
+         "not be checked"),
     item("130, 143",
          "ended by Ctrl-C or SIGTERM; the outputs are complete so far, and standard error names the last line that is "
          "in them"),

@@ -14,8 +14,8 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
-/// When the page last changed. Not the day of the build, which would make no two builds alike.
-constexpr char kDate[] = "2026-11-21";
+/// The day of the release, as CHANGELOG.md has it. That of the build would make no two builds alike.
+constexpr char kDate[] = "2026-11-22";
 
 /// What would be an escape or become a typographic character, which is not what is to be copied from the page.
 constexpr std::pair<char, std::string_view> kEscapes[] = {{'\\', "\\e"},  {'-', "\\-"},   {'\'', "\\(aq"},
