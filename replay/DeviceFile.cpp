@@ -10,8 +10,6 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
-constexpr size_t kMaxBytes = 1 << 20;
-
 void readIds(const JsonNode& node, Device& device) {
     node.object({{"telemetry", into(device.telemetryId)}, {"morlek", into(device.morlekId)}});
 }
@@ -133,8 +131,7 @@ void readOutcome(const JsonNode& node, FetchOutcome& outcome) {
         outcome = value;
         return;
     }
-    node.fail("expected noChange, persistSuccess, persistError, parseError, endpointError or userTokenEmpty" +
-              didYouMean(text, names));
+    node.fail("expected " + listed(names) + didYouMean(text, names));
 }
 
 void readRecords(const JsonNode& node, Device::DynamicTelemetry::Records& records, int64_t& atMs) {
@@ -220,7 +217,7 @@ Device readDevice(const JsonNode& root) {
     return device;
 }
 
-JsonFile parseDevice(InputFile& file) { return JsonFile(file, kMaxBytes); }
+JsonFile parseDevice(InputFile& file) { return JsonFile(file); }
 
 }  // namespace
 

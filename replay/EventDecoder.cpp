@@ -43,7 +43,7 @@ LineError unknownMember(const std::string& name) {
 
 LineError unknownFormat(const std::string& format) {
     constexpr std::string_view kFormats[] = {"json", "libtelemetry", "osndk", "atom"};
-    return LineError{R"(format: expected "json", "libtelemetry", "osndk" or "atom")" + didYouMean(format, kFormats)};
+    return LineError{"format: expected " + listed(kFormats, "\"") + didYouMean(format, kFormats)};
 }
 
 MaybeError findFields(Json::Value& line, Fields& fields) {

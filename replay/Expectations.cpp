@@ -10,8 +10,6 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
-constexpr size_t kMaxBytes = 1 << 20;
-
 // Of names that are remembered.
 constexpr size_t kMaxNames = 1000, kMaxNameLength = 64;
 
@@ -46,7 +44,7 @@ std::vector<std::string> Expectations::failures() const {
 }
 
 Expectations readExpectations(InputFile& file) {
-    const JsonFile json(file, kMaxBytes);
+    const JsonFile json(file);
     const JsonNode root(json);
     std::vector<EventExpectation> expectations;
     root.object({{"events", [&](const JsonNode& events) {

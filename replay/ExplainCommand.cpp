@@ -24,7 +24,7 @@ ExitStatus explainFiles(RunFiles& files, const ExplainOptions& options, Console&
     using Format = Explainer::Format;
     DeskDevice device(files, std::nullopt, console);
     files.emptyOutputs();
-    if (files.isTyped()) console.note("reading events from standard input; Ctrl-D ends it");
+    if (files.isTyped()) sayHowTypingEnds(console);
     const Format textFormat = wantsColour(files.output) ? Format::ColouredText : Format::Text;
     Explainer explainer(options.choice, files.output, options.json ? Format::Json : textFormat);
     Replay::Options replayOptions;

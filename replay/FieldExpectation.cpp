@@ -62,9 +62,7 @@ void FieldExpectation::readType(const JsonNode& node) {
     std::string text;
     node.read(text);
     const auto* type = std::find(std::begin(kTypes), std::end(kTypes), text);
-    if (type == std::end(kTypes)) {
-        node.fail("expected null, boolean, integer, number, string, array or object" + didYouMean(text, kTypes));
-    }
+    if (type == std::end(kTypes)) node.fail("expected " + listed(kTypes) + didYouMean(text, kTypes));
     expect(node, "type " + text, [type = *type](const Json::Value* value) { return value && isOfType(*value, type); });
 }
 

@@ -43,4 +43,9 @@ void Journey::set(Part part, const std::string& field, Json::Value value) {
     stages_[current_].steps.emplace_back(std::move(change));
 }
 
+const char* nameOf(Journey::Kind kind) {
+    static constexpr const char* kNames[] = {"monitor", "guard", "applier"};
+    return kNames[static_cast<int>(kind)];
+}
+
 }  // namespace Velo::OS::Telemetry::replay

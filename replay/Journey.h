@@ -73,4 +73,7 @@ private:
     size_t current_ = 0;
 };
 
+/// "monitor", "guard" or "applier".
+const char* nameOf(Journey::Kind kind);
+
 }  // namespace Velo::OS::Telemetry::replay

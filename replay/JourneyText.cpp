@@ -150,10 +150,9 @@ Json::Value toJson(const Journey::Change& change) {
 }
 
 Json::Value toJson(const Journey& journey, const Stage& stage, const Outcome& outcome) {
-    static constexpr const char* kKinds[] = {"monitor", "guard", "applier"};
     Json::Value json;
     json["name"] = stage.name;
-    json["kind"] = kKinds[static_cast<int>(stage.kind)];
+    json["kind"] = nameOf(stage.kind);
     if (!stage.within.empty()) json["within"] = stage.within;
     json["fate"] = kFates[static_cast<int>(fateOf(journey, stage, outcome))];
     for (const auto& step : stage.steps) {

@@ -29,7 +29,7 @@ Json::Value parseJson(const std::string& text, const std::string& fileName) {
     return root;
 }
 
-JsonFile::JsonFile(InputFile& file, size_t maxBytes) : JsonFile(file.name(), readText(file, maxBytes)) {}
+JsonFile::JsonFile(InputFile& file) : JsonFile(file.name(), readText(file, kMaxBytes)) {}
 
 JsonFile::JsonFile(std::string name, const std::string& text) : name_(std::move(name)), root_(parseJson(text, name_)) {
     for (size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1)) {

@@ -19,8 +19,10 @@ Json::Value parseJson(const std::string& text, const std::string& fileName);
 /// A file that is one JSON value, with the lines on which the parts of it stand.
 class JsonFile {
 public:
-    /// Reads the rest of the file. Throws `FileError`, also if that is longer than `maxBytes`.
-    JsonFile(InputFile& file, size_t maxBytes);
+    static constexpr size_t kMaxBytes = 1 << 20;
+
+    /// Reads the rest of the file. Throws `FileError`, also if that is longer than `kMaxBytes`.
+    explicit JsonFile(InputFile& file);
     /// Of the file's name, as errors show it, and its content. Throws `FileError`.
     JsonFile(std::string name, const std::string& text);
 

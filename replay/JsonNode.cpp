@@ -23,9 +23,7 @@ std::string suggestion(const std::string& name, const std::vector<JsonNode::Fiel
     for (const JsonNode::Field& field : fields) known.emplace_back(field.name);
     std::string nearest = didYouMean(name, known);
     if (!nearest.empty() || known.empty() || known.size() > kMaxNames) return nearest;
-    std::string all = "; expected " + std::string(known.front());
-    for (size_t i = 1; i < known.size(); ++i) all.append(i + 1 < known.size() ? ", " : " or ").append(known[i]);
-    return all;
+    return "; expected " + listed(known);
 }
 
 bool hasField(const std::vector<JsonNode::Field>& fields, const std::string& name) {

@@ -84,7 +84,7 @@ Replay::Options replayOptions(const RunOptions& options, DevicePipeline& pipelin
 
 /// Not where it would mix with what someone is typing, or with output behind a pipe.
 void showStatus(const RunFiles& files, Console& console) {
-    if (files.isTyped()) return console.note("reading events from standard input; Ctrl-D ends it");
+    if (files.isTyped()) return sayHowTypingEnds(console);
     if (files.output.isPipe()) return;
     console.showStatus(files.output.isTerminal() ? Console::Status::WhenWaiting : Console::Status::Always,
                        files.inputBytes());

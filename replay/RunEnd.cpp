@@ -7,6 +7,8 @@
 
 namespace Velo::OS::Telemetry::replay {
 
+void sayHowTypingEnds(Console& console) { console.note("reading events from standard input; Ctrl-D ends it"); }
+
 bool runOnConsole(Replay& replay, Console& console) {
     const bool hasRun = console.attempt([&] { replay.run(); });
     console.hideStatus();

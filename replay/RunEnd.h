@@ -6,6 +6,9 @@
 
 namespace Velo::OS::Telemetry::replay {
 
+/// Says to someone who is going to type the events how to end them.
+void sayHowTypingEnds(Console& console);
+
 /// Runs it, and says what it throws; false if it does.
 bool runOnConsole(Replay& replay, Console& console);
 

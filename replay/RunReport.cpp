@@ -53,12 +53,11 @@ Json::Value jsonOf(const std::vector<StageTime>& times) {
     Json::Value json;
     json["of_followed_events"] = !plain;
     json["stages"] = Json::arrayValue;
-    static constexpr const char* kKinds[] = {"monitor", "guard", "applier"};
     for (const StageTime& time : times) {
         const StageTime::Sum& sum = plain ? time.plain : time.followed;
         Json::Value& stage = json["stages"].append({});
         stage["name"] = time.name;
-        stage["kind"] = kKinds[static_cast<int>(time.kind)];
+        stage["kind"] = nameOf(time.kind);
         stage["events"] = Json::UInt64{sum.events};
         stage["ns"] = Json::UInt64{sum.ns};
     }

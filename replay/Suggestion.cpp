@@ -52,6 +52,15 @@ std::optional<std::string_view> nearestWord(std::string_view word, std::span<con
     return nearest;
 }
 
+std::string listed(std::span<const std::string_view> words, std::string_view quote) {
+    std::string list;
+    for (size_t i = 0; i < words.size(); ++i) {
+        if (i > 0) list += i + 1 < words.size() ? ", " : " or ";
+        list.append(quote).append(words[i]).append(quote);
+    }
+    return list;
+}
+
 std::string didYouMean(std::string_view word, std::span<const std::string_view> known) {
     const std::optional<std::string_view> nearest = nearestWord(word, known);
     return nearest ? "; did you mean \"" + std::string(*nearest) + "\"?" : std::string();

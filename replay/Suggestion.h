@@ -13,6 +13,9 @@ namespace Velo::OS::Telemetry::replay {
 /// are equally near, the first.
 std::optional<std::string_view> nearestWord(std::string_view word, std::span<const std::string_view> known);
 
+/// The words as an error lists them, each with a quote before and behind it: `a, b or c`.
+std::string listed(std::span<const std::string_view> words, std::string_view quote = {});
+
 /// The end of an error about an unknown word: `; did you mean "NAME"?`, or nothing if no known word is near.
 std::string didYouMean(std::string_view word, std::span<const std::string_view> known);
 
