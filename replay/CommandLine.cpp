@@ -5,10 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
-#include <optional>
 #include <set>
-#include <span>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,7 +16,6 @@
 #include "replay/ConfigCommand.h"
 #include "replay/Console.h"
 #include "replay/ExplainCommand.h"
-#include "replay/FileError.h"
 #include "replay/HelpFormat.h"
 #include "replay/InitCommand.h"
 #include "replay/ManPage.h"
@@ -27,15 +23,13 @@
 #include "replay/RunCommand.h"
 #include "replay/RunOptions.h"
 #include "replay/SchemaCommand.h"
-#include "replay/Suggestion.h"
+#include "replay/WrongCall.h"
 
 namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
 constexpr unsigned kMaxThreads = 64;
-/// "-q" is as near to "-h" as to any other.
-constexpr size_t kShortNameLength = 2;
 
 /// A check of an argument says what is wrong with it, if anything.
 using Check = std::function<std::string(const std::string&)>;
@@ -52,8 +46,8 @@ Check expectInteger(uint64_t min, uint64_t max) {
 }
 
 Check expectName(const std::string& value) {
-    return [=](const std::string& path) {
-        return path.empty() ? "expected the name of a " + value + ", not an empty one" : std::string();
+    return [=](const std::string& text) {
+        return text.empty() ? "expected the name of a " + value + ", not an empty one" : std::string();
     };
 }
 
@@ -137,22 +131,10 @@ Command describeCommand(const CLI::App& app) {
     return command;
 }
 
-/// Names the first word that nobody knows, and what may be meant by it.
+/// Speaks of the first word that nobody knows.
 std::string describeUnexpected(const CLI::App& app) {
-    const Command command = describeCommand(app);
     for (const std::string& word : app.remaining()) {
-        if (word == "--") continue;
-        std::vector<std::string_view> known;
-        if (!word.starts_with('-') && !command.subcommands.empty()) {
-            for (const Command& subcommand : command.subcommands) known.push_back(nameOf(subcommand));
-            return "There is no subcommand " + word + didYouMean(word, known);
-        }
-        for (const Argument& option : command.options) {
-            known.insert(known.end(), option.names.begin(), option.names.end());
-        }
-        const std::string name = word.substr(0, word.starts_with("--") ? word.find('=') : word.npos);
-        return "The following argument was not expected: " + name +
-               (name.size() > kShortNameLength ? didYouMean(name, known) : "");
+        if (word != "--") return describeUnexpected(word, describeCommand(app));
     }
     return describeUnexpected(*app.get_subcommands().at(0));
 }
@@ -173,33 +155,6 @@ std::string describeMismatch(const CLI::App& command, const CLI::ArgumentMismatc
     if (option->count() > 1 && option->get_items_expected_max() == 1)
         return name + ": expected once, not " + std::to_string(option->count()) + " times";
     return name + ": expected a value, " + value + ", behind it";
-}
-
-/// The option of "--device=", for which the parser would take the word behind it.
-std::optional<std::string> findEmptyValue(std::span<const char* const> arguments) {
-    for (const std::string_view argument : arguments) {
-        if (argument == "--") break;
-        const size_t equals = argument.find('=');
-        if (argument.starts_with("--") && equals + 1 == argument.size()) return std::string(argument.substr(0, equals));
-    }
-    return std::nullopt;
-}
-
-ExitStatus reportWrongCall(const CLI::App& command, const std::string& message) {
-    Console console(/*quiet=*/false);
-    console.error(message);
-    console.error("Run " + callOf(command) + " --help for more information.");
-    return ExitStatus::Unusable;
-}
-
-ExitStatus reportMissingSubcommand(const Command& command) {
-    Console console(/*quiet=*/false);
-    console.error("A subcommand is required");
-    console.error("Usage: " + synopsisOf(command));
-    std::istringstream subcommands(formatSubcommands(command));
-    for (std::string line; std::getline(subcommands, line);) console.error(line);
-    console.error("Run " + command.call + " --help for more information.");
-    return ExitStatus::Unusable;
 }
 
 /// On standard output, whose failure counts.
@@ -315,7 +270,7 @@ void CommandLine::addInit() {
 
 ExitStatus CommandLine::run(int argc, const char* const* argv) {
     if (const auto name = findEmptyValue({argv, static_cast<size_t>(argc)})) {
-        return reportWrongCall(tool_, *name + ": expected a value behind \"=\"");
+        return reportWrongCall(callOf(tool_), *name + ": expected a value behind \"=\"");
     }
     try {
         tool_.parse(argc, argv);
@@ -324,11 +279,11 @@ ExitStatus CommandLine::run(int argc, const char* const* argv) {
     } catch (const CLI::CallForVersion& version) {
         return print(std::string(version.what()) + "\n");
     } catch (const CLI::ExtrasError&) {
-        return reportWrongCall(calledCommand(tool_), describeUnexpected(tool_));
+        return reportWrongCall(callOf(calledCommand(tool_)), describeUnexpected(tool_));
     } catch (const CLI::ArgumentMismatch& error) {
-        return reportWrongCall(calledCommand(tool_), describeMismatch(calledCommand(tool_), error));
+        return reportWrongCall(callOf(calledCommand(tool_)), describeMismatch(calledCommand(tool_), error));
     } catch (const CLI::ParseError& error) {
-        return reportWrongCall(calledCommand(tool_), error.what());
+        return reportWrongCall(callOf(calledCommand(tool_)), error.what());
     }
     if (wantsManPage_) return print(formatManPage(describeCommand(tool_)));
     if (wantsBashCompletion_) return print(formatBashCompletion(describeCommand(tool_)));
