@@ -43,7 +43,7 @@ public:
     }
 
 private:
-    /// Bundles and values within one another are compared in time that doubles with each level.
+    /// Deep enough for every form; what is deeper is tested in Nesting.
     static constexpr unsigned kMaxDepth = 8;
 
     static void put(char type, const String16& key, std::string_view value, Bundle& bundle) {

@@ -18,7 +18,8 @@ namespace {
 using namespace Velo::OS::Telemetry;
 using Category = IEventSchemaHandler::EventCategory;
 
-// The answers as the format's documentation reads, with no thought of speed. What is of another type is missing.
+// The answers as the format's documentation reads, with no thought of speed. What is of another type is
+// missing, but for codes.
 
 /// A number without its fraction, 0 or 1 for a truth value, 0 for null; nothing for what none of them is or holds.
 std::optional<int> codeIn(const Json::Value& value) {

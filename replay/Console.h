@@ -27,9 +27,9 @@ public:
     void error(std::string_view message);
     void error(const LinePlace& place, std::string_view message);
     void warning(std::string_view message);
+    void warning(const LinePlace& place, std::string_view message);
     /// What is good to know.
     void note(std::string_view message);
-    void warning(const LinePlace& place, std::string_view message);
 
     /// When to show how far a run has come.
     enum class Status { Always, WhenWaiting };

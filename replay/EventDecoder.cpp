@@ -53,11 +53,11 @@ MaybeError findFields(Json::Value& line, Fields& fields) {
             if (!member->isString()) return LineError{name + ": expected a string"};
             continue;
         }
+        if (name == kDropped || name == kReportedAt) continue;
         Json::Value* Fields::*field = nullptr;
         for (const auto& [known, pointer] : kFields) {
             if (name == known) field = pointer;
         }
-        if (name == kDropped || name == kReportedAt) continue;
         if (field == nullptr) return unknownMember(name);
         fields.*field = &*member;
     }

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "replay/DeskDevice.h"
-#include "replay/FileError.h"
 #include "replay/Interruption.h"
 #include "replay/LibraryLog.h"
 #include "replay/Replay.h"

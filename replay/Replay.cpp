@@ -15,7 +15,7 @@ namespace {
 /// Long enough for turns to cost little, short enough for the events of all threads to fit a cache.
 constexpr size_t kBatchLines = 64;
 
-Replay::Options checked(Replay::Options options) {
+Replay::Options withOneThreadIfStrict(Replay::Options options) {
     if (options.stopsAtBadLine) options.threads = 1;
     return options;
 }
@@ -26,7 +26,7 @@ Replay::Replay(RunFiles& files, DevicePipeline& pipeline, Console& console, Opti
     : files_(files),
       pipeline_(pipeline),
       console_(console),
-      options_(checked(std::move(options))),
+      options_(withOneThreadIfStrict(std::move(options))),
       reader_(files.inputs, options_.threads > 1 ? kBatchLines : 1) {}
 
 EventBatch::Wishes Replay::wishes() const {

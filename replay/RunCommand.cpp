@@ -132,6 +132,13 @@ ExitStatus checkExpectations(const Expectations& expectations, const Replay& rep
     return failures.empty() ? status : ExitStatus::BadInput;
 }
 
+void summarize(const RunFacts& facts, const DevicePipeline& pipeline, Console& console) {
+    console.summary(facts.counts, facts.elapsed);
+    console.table("dropped by", pipeline.drops());
+    const std::map<std::string, uint64_t> counters = pipeline.counters();
+    console.table("counters", {counters.begin(), counters.end()});
+}
+
 ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& console) {
     Watchers watchers;
     if (files.expectations) watchers.expectations.emplace(readExpectations(*files.expectations));
@@ -157,10 +164,7 @@ ExitStatus replayFiles(RunFiles& files, const RunOptions& options, Console& cons
     usable &= finishTrace(files, console);
     if (watchers.report) usable &= finishReport(*watchers.report, facts, files, pipeline, console);
 
-    console.summary(facts.counts, facts.elapsed);
-    console.table("dropped by", pipeline.drops());
-    const std::map<std::string, uint64_t> counters = pipeline.counters();
-    console.table("counters", {counters.begin(), counters.end()});
+    summarize(facts, pipeline, console);
     ExitStatus status = facts.counts.bad > 0 ? ExitStatus::BadInput : ExitStatus::Success;
     if (watchers.expectations) status = checkExpectations(*watchers.expectations, replay, status, console);
     if (!usable) return ExitStatus::Unusable;

@@ -5,7 +5,6 @@
 #include "replay/ConsentFilter.h"
 #include "replay/Console.h"
 #include "replay/Escape.h"
-#include "replay/FileError.h"
 #include "replay/LibraryLog.h"
 #include "replay/OutputFile.h"
 #include "replay/SchemaCheck.h"

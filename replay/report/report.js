@@ -440,7 +440,7 @@ function drawStages() {
 }
 
 function drawCounters() {
-  const counters = Object.entries(run.counters ?? {});
+  const counters = Object.entries(run.counters);
   if (counters.length === 0) return byId("counters").append(html("p", {class: "empty"}, "None was raised."));
   byId("counters-table").append(
     html("thead", {}, html("tr", {}, html("th", {scope: "col"}, "Counter"), html("th", {scope: "col", class: "right"}, "Count"))),
