@@ -180,9 +180,6 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
         {"$TOOL run in -o old --rejects ./old", "cannot write ./old: it is the same place as old\n"},
         {"$TOOL run in --rejects - >both", "cannot write <stdout>: it is the same place as <stdout>\n"},
         {"$TOOL run in >&-", "cannot write <stdout>: Bad file descriptor\n"},
-        {"$TOOL run in -o /dev/full", "cannot write /dev/full: No space left on device\n"},
-        {"$TOOL run in -o /dev/null --rejects /dev/full", "cannot write /dev/full: No space left on device\n"},
-        {"$TOOL run in -o /dev/null --trace /dev/full", "cannot write /dev/full: No space left on device\n"},
         {"$TOOL run in -o new --store ./new", "cannot write new: it is part of the store\n"},
         {"$TOOL run in -o old --rejects s-journal --store link", "cannot read in: it is part of the store\n"},
         {": >s; ln -s s l; $TOOL run in -o old --rejects s-journal --store l",
@@ -196,13 +193,11 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
         {"$TOOL run in -o old --store odd", "cannot use odd: no such column: value\n"},
         {"$TOOL run in -o old --store other", "cannot use other: it is no store but the database of something else\n"},
         {"$TOOL schema lookup none a", "cannot open none: No such file or directory\n"},
-        {"$TOOL schema check in >/dev/full", "cannot write <stdout>: No space left on device\n"},
         {"$TOOL run in -o old --device old", "cannot write old: it is an input\n"},
         {"$TOOL run in -o old --expect link", "cannot read events from in: it holds the expectations\n"},
         {"$TOOL run in -o old --device link", "cannot read events from in: it describes the device\n"},
         {"cp in d; $TOOL run in -o old --device d",
          "d:2: not JSON: column 1: Extra non-whitespace after JSON value.\n"},
-        {"$TOOL --help >/dev/full", "cannot write <stdout>: No space left on device\n"},
     };
     const std::string content = std::string(kGoodLine) + "\n{\n";
     StoreFile bad(folder_ / "bad");
@@ -404,12 +399,11 @@ TEST_F(ReplayTool, StopsEarlyWhenAFileIsFullYetFinishesTheOthers) {
     EXPECT_NE(read("err").find("cannot write out: File too large\n"), std::string::npos) << read("err");
 }
 
-TEST_F(ReplayTool, TracesAndExplainsItself) {
+TEST_F(ReplayTool, TracesAndTellsItsVersion) {
     write("in", kGoodLine);
-    EXPECT_EQ(sh("$TOOL run in --trace trace >out && $TOOL --version >text && $TOOL run --help >>text"), 0);
+    EXPECT_EQ(sh("$TOOL run in --trace trace >out && $TOOL --version >text"), 0);
     EXPECT_NE(read("trace").find("Processing: launch"), std::string::npos);
     EXPECT_TRUE(read("text").starts_with("telemetry-replay ")) << read("text");
-    EXPECT_NE(read("text").find("Exit status:"), std::string::npos) << read("text");
 }
 
 TEST_F(ReplayTool, TerminalsGetABarAndColours) {
@@ -417,6 +411,9 @@ TEST_F(ReplayTool, TerminalsGetABarAndColours) {
     write("in", kGoodLine);
     EXPECT_EQ(sh("script -qec \"$TOOL run in -o out\" /dev/null </dev/null >screen"), 0);
     EXPECT_TRUE(read("screen").starts_with("\r[##############################] 100% of 0.0 MiB\r  ")) << read("screen");
+    const std::string afterInput = "{ until [ -e there ]; do sleep .01; done; $TOOL run -o out; }";
+    EXPECT_EQ(sh("script -qec \"{ cat in; >there; } | " + afterInput + "\" /dev/null </dev/null >screen"), 0);
+    EXPECT_TRUE(read("screen").starts_with("\rread 1, reported 1, kept 2, dropped 0, bad 0\r  ")) << read("screen");
     EXPECT_EQ(sh("script -qec \"$TOOL run in\" /dev/null </dev/null >screen"), 0);
     EXPECT_EQ(read("screen").find("[#"), std::string::npos) << "the output is on the terminal too";
     EXPECT_EQ(sh("script -qec \"$TOOL run in --quiet -o out; cat in | $TOOL run -q -o out\" /dev/null >screen"), 0);
