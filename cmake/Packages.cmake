@@ -1,5 +1,5 @@
-# `cpack` makes two Debian packages of what an install holds: the libraries with the tool, and what building against them
-# takes besides.
+# `cpack` makes two Debian packages of what an install holds: the libraries with the tool, and what building against
+# them takes besides.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "libtelemetryprocessor maintainers <maintainers@libtelemetryprocessor.invalid>")

@@ -4,8 +4,8 @@
     python3 samples/make_day.py > samples/day.jsonl
     python3 samples/make_day.py schema > samples/schema.json    # the event schema that the device has that day
 
-The day has one JSON object a line, in time order. The device starts at 06:00 after an overnight update; a second user (Android
-user 10) often holds it in the evening. Every run writes the same bytes: one fixed seed, no clock, no locale.
+The day has one JSON object a line, in time order. The device starts at 06:00 after an overnight update; a second user
+(Android user 10) often holds it in the evening. Every run writes the same bytes: one fixed seed, no clock, no locale.
 """
 
 import hashlib
@@ -229,7 +229,8 @@ CATEGORIES = {"ESSENTIAL": (1, 2), "NON_ESSENTIAL": (10, 11), "NEEDS_REVIEW": (9
 EVENTS = (  # codes, the only purpose if there is one, string identifiers
     ((1,), None, "boot_phase display_state device_health app_crash storage_write_stats compositor_frame_stats "
                  "hal_camera_session hal_vibrator_pulse wifi_scan_summary process_memory_snapshot wakeup_alarm_fired "
-                 "network_bytes_by_app kernel_wakelock_total input_latency_sample surface_refresh_change generic_record"),
+                 "network_bytes_by_app kernel_wakelock_total input_latency_sample surface_refresh_change "
+                 "generic_record"),
     ((1, 2), None, "arvo_sensitive_app_ops_monitor arvo_api_permission_state_event telemetry_event_filtering_audit "
                    "telemetry_service_event_rate_limit_breach telemetry_service_dynamic_telemetry_guard_performance "
                    "telemetry_service_dynamic_telemetry_monitor event_size_limit_breach "

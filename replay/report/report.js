@@ -77,7 +77,8 @@ function clockText(ms, step = widthMs) {
   if (isWallClock) {
     const iso = new Date(run.boot_wall_ms + ms).toISOString();
     if (step >= DAY) return iso.slice(0, 10);
-    return (hasManyDays ? iso.slice(5, 10) + " " : "") + (step >= MINUTE ? iso.slice(11, 16) : iso.slice(11, step < SECOND ? 23 : 19));
+    const day = hasManyDays ? iso.slice(5, 10) + " " : "";
+    return day + iso.slice(11, step >= MINUTE ? 16 : step < SECOND ? 23 : 19);
   }
   if (step >= DAY) return "day " + Math.floor(ms / DAY);
   const seconds = step < MINUTE ? ":" + pad(ms / SECOND % 60) + fraction : "";
@@ -122,19 +123,21 @@ function drawHead() {
   const {counts, inputs} = run;
   byId("inputs").textContent = inputs.map(visible).join("  ");
   const seconds = run.elapsed_ns / 1e9;
-  byId("provenance").textContent = `telemetry-replay ${run.version}, run at ${run.started.replace("T", " ").replace("Z", " UTC")}` +
-    `, ${count(counts.bytes)} bytes in ${duration(run.elapsed_ns)}`;
+  const started = run.started.replace("T", " ").replace("Z", " UTC");
+  byId("provenance").textContent = `telemetry-replay ${run.version}, run at ${started}, ` +
+    `${count(counts.bytes)} bytes in ${duration(run.elapsed_ns)}`;
   document.title = "Replay of " + inputs.map(input => visible(input).split("/").pop()).join(", ");
 
   const logged = counts.read + counts.reported;
   const rate = seconds > 0 ? Math.floor(counts.read / seconds) : 0;
+  const each = counts.read > 0 ? duration(run.elapsed_ns / counts.read) + " for each read" : "nothing read";
   for (const [name, value, note, colour] of [
     ["read", counts.read, "lines of input", "var(--read)"],
     ["reported", counts.reported, "monitor events", "var(--reported)"],
     ["kept", counts.kept, percent(counts.kept, logged), "var(--kept)"],
     ["dropped", counts.dropped, percent(counts.dropped, logged), "var(--lost)"],
     ["bad", counts.bad, percent(counts.bad, logged), "var(--bad)"],
-    ["events per second", rate, counts.read > 0 ? duration(run.elapsed_ns / counts.read) + " for each read" : "nothing read", null],
+    ["events per second", rate, each, null],
   ]) {
     byId("totals").append(html("div", {},
       html("dt", {}, colour ? dot(colour) : null, name),
@@ -145,7 +148,8 @@ function drawHead() {
 
 function setUpTheme() {
   const root = document.documentElement, button = byId("theme");
-  const isDark = () => (root.dataset.theme ?? (matchMedia("(prefers-color-scheme: dark)").matches ? "dark" : "light")) === "dark";
+  const wish = () => matchMedia("(prefers-color-scheme: dark)").matches ? "dark" : "light";
+  const isDark = () => (root.dataset.theme ?? wish()) === "dark";
   const label = () => { button.textContent = isDark() ? "Light mode" : "Dark mode"; };
   button.addEventListener("click", () => { root.dataset.theme = isDark() ? "light" : "dark"; label(); });
   matchMedia("(prefers-color-scheme: dark)").addEventListener("change", label);
@@ -191,8 +195,8 @@ function wrapped(name, width) {
 /** A branch that leaves the band at (x, bottom) and turns down to `end`. */
 function branchPath(x, bottom, thickness, end) {
   const r = FLOW.radius, outer = r + thickness;
-  return `M${x},${bottom - thickness} A${outer},${outer} 0 0 1 ${x + outer},${bottom + r} V${end} H${x + r} V${bottom + r} ` +
-    `A${r},${r} 0 0 0 ${x},${bottom} Z`;
+  return `M${x},${bottom - thickness} A${outer},${outer} 0 0 1 ${x + outer},${bottom + r} V${end} ` +
+    `H${x + r} V${bottom + r} A${r},${r} 0 0 0 ${x},${bottom} Z`;
 }
 
 function drawSource(name, number, note, colour, y, height, target, labelY) {
@@ -248,7 +252,8 @@ function drawFlow() {
     svg("g", {}, tooltip(`kept: ${count(counts.kept)} (${percent(counts.kept, total)})`),
       svg("path", {class: "band", fill: "var(--kept)", d: `${outline} H${right} V${top} H${join} Z`}),
       svg("text", {class: "big", x: right + 14, y: top + size(left) / 2, "data-kept": counts.kept}, count(counts.kept)),
-      svg("text", {class: "soft", x: right + 14, y: top + size(left) / 2 + 16}, "kept, " + percent(counts.kept, total))),
+      svg("text", {class: "soft", x: right + 14, y: top + size(left) / 2 + 16},
+        "kept, " + percent(counts.kept, total))),
     ...branches, ...numbers);
   byId("flow-picture").append(picture);
 }
@@ -267,7 +272,8 @@ const barsPath = (pairs, most, height) => pairs.map(([bucket, number]) => {
 function sparkline(row) {
   const most = Math.max(...row.all.map(pair => pair[1]), 1);
   const label = row.all.length > 0 ? `at most ${count(most)} in ${widthText(widthMs)}` : "no times";
-  return svg("svg", {viewBox: `0 0 ${bucketCount || 1} 20`, preserveAspectRatio: "none", role: "img", "aria-label": label},
+  const viewBox = `0 0 ${bucketCount || 1} 20`;
+  return svg("svg", {viewBox, preserveAspectRatio: "none", role: "img", "aria-label": label},
     tooltip(label),
     svg("path", {d: `M0,20 H${bucketCount || 1}`, class: "grid"}),
     svg("path", {d: barsPath(row.all, most, 20), fill: row.isMonitor ? "var(--reported)" : "var(--read)"}),
@@ -307,7 +313,8 @@ function drawLanes(id, rows, columns, colour, emptyText) {
       columns.note ? html("td", {class: "right muted"}, row.note) : null,
       numberCell(row.number),
       html("td", {class: "lane"}, lane(row.pairs, colour), ...barLabels(row.pairs))))));
-  byId(id).append(html("div", {class: "scroll"}, table), html("p", {class: "muted"}, `Each bar is ${widthText(widthMs)}. Times are ${timeNote}.`));
+  byId(id).append(html("div", {class: "scroll"}, table),
+    html("p", {class: "muted"}, `Each bar is ${widthText(widthMs)}. Times are ${timeNote}.`));
 }
 
 const byNumber = (a, b) => b.number - a.number || (a.name < b.name ? -1 : 1);
@@ -318,9 +325,9 @@ function drawLimits() {
     note: breach.name === null ? "" : count(breach.limit) +
       (breach.window_ms === null ? " in all" : " in " + widthText(breach.window_ms)),
     number: breach.refused, pairs: breach.times}));
+  const guard = run.guards.findIndex(({name}) => name === run.guard_of_reason["rate_limit.exceeded"]);
   drawLanes("limits-lanes", rows.sort(byNumber), {name: "Identifier", note: "Limit", number: "Refused"},
-    `var(--guard-${Math.max(0, run.guards.findIndex(guard => guard.name === run.guard_of_reason["rate_limit.exceeded"])) % 6})`,
-    "No event was beyond its limit.");
+    `var(--guard-${Math.max(0, guard) % 6})`, "No event was beyond its limit.");
 }
 
 function drawMonitors() {
@@ -377,8 +384,10 @@ function nameRow(row) {
 }
 
 function setUpNames() {
-  const rows = nameRows.map(row => ({row, node: nameRow(row), text: (row.label + " " + Object.keys(row.drops).join(" ")).toLowerCase()}));
-  const kinds = {all: () => true, input: row => !row.isMonitor, monitor: row => row.isMonitor, lost: row => row.events > row.kept};
+  const textOf = row => [row.label, ...Object.keys(row.drops)].join(" ").toLowerCase();
+  const rows = nameRows.map(row => ({row, node: nameRow(row), text: textOf(row)}));
+  const kinds = {
+    all: () => true, input: row => !row.isMonitor, monitor: row => row.isMonitor, lost: row => row.events > row.kept};
   let sorting = {column: NAME_COLUMNS[1], descending: true};
 
   const show = () => {
@@ -393,7 +402,8 @@ function setUpNames() {
     byId("names-shown").textContent = `${count(shown.length)} of ${count(rows.length)} names, ` +
       `${count(sum(shown.map(({row}) => row.events)))} events`;
     for (const other of NAME_COLUMNS) {
-      if (other.key) other.header.setAttribute("aria-sort", other !== column ? "none" : descending ? "descending" : "ascending");
+      const order = other !== column ? "none" : descending ? "descending" : "ascending";
+      if (other.key) other.header.setAttribute("aria-sort", order);
     }
   };
 
@@ -412,8 +422,10 @@ function setUpNames() {
   show();
 
   byId("names-note").textContent =
-    (bucketCount > 0 ? `Time lines run from ${clockText(firstMs)} to ${clockText(firstMs + spanMs)}, ${timeNote}. ` : "") +
-    (run.untimed > 0 ? `${count(run.untimed)} events do not say plausibly when they were created, and are in none.` : "");
+    (bucketCount === 0 ? ""
+      : `Time lines run from ${clockText(firstMs)} to ${clockText(firstMs + spanMs)}, ${timeNote}. `) +
+    (run.untimed === 0 ? ""
+      : `${count(run.untimed)} events do not say plausibly when they were created, and are in none.`);
 }
 
 // ---- Stages and counters ----
@@ -426,9 +438,10 @@ function drawStages() {
       (run.stage_times.of_followed_events ? "All events were followed on their journeys, which adds to the times."
         : "Events with a journey are left out: to follow them takes time of its own.");
   if (stages.length === 0) return;
+  const columns = [["Stage"], ["Kind"], ["Share", "share"], ["", "right"], ["Events", "right"], ["Each", "right"]];
   byId("stages-table").append(
-    html("thead", {}, html("tr", {}, ...[["Stage"], ["Kind"], ["Share", "share"], ["", "right"], ["Events", "right"], ["Each", "right"]].map(
-      ([title, kind]) => html("th", {scope: "col", class: kind}, title)))),
+    html("thead", {}, html("tr", {},
+      ...columns.map(([title, kind]) => html("th", {scope: "col", class: kind}, title)))),
     html("tbody", {}, ...stages.map(stage => html("tr", {},
       html("th", {scope: "row"}, html("span", {class: "mono"}, breakable(stage.name))),
       html("td", {class: "muted"}, stage.kind),
@@ -443,7 +456,8 @@ function drawCounters() {
   const counters = Object.entries(run.counters);
   if (counters.length === 0) return byId("counters").append(html("p", {class: "empty"}, "None was raised."));
   byId("counters-table").append(
-    html("thead", {}, html("tr", {}, html("th", {scope: "col"}, "Counter"), html("th", {scope: "col", class: "right"}, "Count"))),
+    html("thead", {}, html("tr", {},
+      html("th", {scope: "col"}, "Counter"), html("th", {scope: "col", class: "right"}, "Count"))),
     html("tbody", {}, ...counters.map(([name, number]) => html("tr", {},
       html("th", {scope: "row", class: "mono"}, breakable(name)), numberCell(number)))));
 }
@@ -485,7 +499,8 @@ function changeLine(change) {
 
 function stageItem(stage, journey) {
   const isEnd = stage.fate === "dropped" || stage.fate === "failed";
-  const why = stage.fate === "failed" ? ": " + visible(journey.bad) : stage.fate === "dropped" ? ": " + verdictOf(journey).text : "";
+  const why = stage.fate === "failed" ? ": " + visible(journey.bad)
+    : stage.fate === "dropped" ? ": " + verdictOf(journey).text : "";
   const because = Object.entries(journey.dropped ?? {}).filter(([name]) => name !== "guard" && name !== "reason");
   return html("li", {class: stage.fate + (stage.within ? " within" : "")},
     html("span", {class: "mono"}, stage.name), html("span", {class: "fate"}, stage.fate.replace("_", " ") + why),
@@ -506,7 +521,8 @@ function drawJourney(index) {
   const journey = journeys[index], verdict = verdictOf(journey);
   const skipped = journey.stages.filter(stage => stage.fate === "not_reached");
   const items = journey.stages.filter(stage => stage.fate !== "not_reached").map(stage => stageItem(stage, journey));
-  if (skipped.length > 0) items.push(lastItem("not_reached", "", "not reached: " + skipped.map(stage => stage.name).join(", ")));
+  const skippedNames = skipped.map(stage => stage.name).join(", ");
+  if (skipped.length > 0) items.push(lastItem("not_reached", "", "not reached: " + skippedNames));
   if (verdict.kind === "kept") items.push(lastItem("kept", "kept", ""));
   const isUnwritable = verdict.kind === "bad" && !journey.stages.some(stage => stage.fate === "failed");
   if (isUnwritable) items.push(lastItem("unwritable bad", "bad", visible(journey.bad)));
@@ -525,8 +541,8 @@ const MOST_FOUND = 300;
 
 function searchText(journey) {
   const verdict = verdictOf(journey);
-  return [journey.name, journey.place, "uid", journey.uid, journey.identifier, journey.format, verdict.kind, verdict.text,
-    verdict.by].map(visible).join(" ").toLowerCase();
+  return [journey.name, journey.place, "uid", journey.uid, journey.identifier, journey.format,
+    verdict.kind, verdict.text, verdict.by].map(visible).join(" ").toLowerCase();
 }
 
 function journeyLink(journey, index) {
@@ -538,10 +554,11 @@ function journeyLink(journey, index) {
 }
 
 function setUpJourneys() {
+  const first = journeys.length === 1 ? "the first event" : `the first ${count(journeys.length)} events`;
   byId("journeys-note").textContent = journeys.length === 0
     ? "No journey was kept; --report-events N keeps those of the first N events."
-    : `What each stage did with ${journeys.length === 1 ? "the first event" : `the first ${count(journeys.length)} events`}, ` +
-      `of ${count(run.counts.read)} that were read. A search finds those in which each of its words occurs.`;
+    : `What each stage did with ${first}, of ${count(run.counts.read)} that were read. ` +
+      "A search finds those in which each of its words occurs.";
   const texts = journeys.map(searchText), search = byId("journeys-search"), list = byId("journeys-list");
 
   const markCurrent = () => {
@@ -553,7 +570,8 @@ function setUpJourneys() {
   const show = isWanted => {
     const found = journeys.map((_, index) => index).filter(isWanted);
     list.replaceChildren(...found.slice(0, MOST_FOUND).map(index => journeyLink(journeys[index], index)));
-    if (found.length > MOST_FOUND) list.append(html("li", {class: "more muted"}, `and ${count(found.length - MOST_FOUND)} more`));
+    const more = found.length - MOST_FOUND;
+    if (more > 0) list.append(html("li", {class: "more muted"}, `and ${count(more)} more`));
     byId("journeys-shown").textContent = `${count(found.length)} found`;
     if (found.length === 0) list.append(html("li", {class: "more muted"},
       `Nothing among the journeys of the first ${count(journeys.length)} events. --report-events N follows more.`));
