@@ -381,7 +381,7 @@ TEST_F(ReplayTool, SequenceNumbersGoOnFromRunToRun) {
 
 TEST_F(ReplayTool, StopsEarlyWhenAFileIsFullYetFinishesTheOthers) {
     std::string input = "{\n";
-    for (int i = 0; i < 5000; ++i) input += std::string(kGoodLine) + "\n";
+    for (int i = 0; i < 5000; ++i) (input += kGoodLine) += '\n';
     write("in", input);
     for (const std::string threads : {"1", "4"}) {
         EXPECT_EQ(sh("$TOOL run in -o /dev/full --rejects rejects --threads " + threads), 2);
