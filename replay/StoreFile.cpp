@@ -10,6 +10,9 @@ namespace {
 
 constexpr int kPatienceMs = 10'000;  // with another process that writes
 
+// A salt, or an identifier with its purpose, may be all of a schema, which has at most 64 MiB.
+constexpr int kMaxRowBytes = 65 << 20;
+
 /// The path as SQLite is to see it: a relative one could pass for a URI or for ":memory:".
 std::string plainPath(const std::optional<std::string>& path) {
     if (!path) return {};
@@ -27,6 +30,7 @@ StoreFile::StoreFile(const std::optional<std::string>& path) : name_(path.value_
     database_.reset(database);
     check(result, SQLITE_OK);
     check(sqlite3_busy_timeout(database, kPatienceMs), SQLITE_OK);
+    distrustContents();
     if (path) checkContents();
     // Readers need not wait for a writer. A file that vanishes has none, and says so.
     Statement(*this, "PRAGMA journal_mode = WAL").texts();
@@ -37,13 +41,33 @@ void StoreFile::fail(const std::string& reason) {
     throw FileError("cannot use " + name_ + ": " + reason);
 }
 
-/// Before anything is written. A damaged index could bring a number into circulation twice.
+/// Whoever made the file may have put into it what takes for ever, or all memory.
+void StoreFile::distrustContents() {
+    const auto configure = [&](int option, int value) {
+        check(sqlite3_db_config(database_.get(), option, value, static_cast<int*>(nullptr)), SQLITE_OK);
+    };
+    configure(SQLITE_DBCONFIG_ENABLE_TRIGGER, 0);
+    configure(SQLITE_DBCONFIG_ENABLE_VIEW, 0);
+    configure(SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0);
+    configure(SQLITE_DBCONFIG_DEFENSIVE, 1);
+    sqlite3_limit(database_.get(), SQLITE_LIMIT_LENGTH, kMaxRowBytes);
+}
+
+/// Before anything is written. A table with the right name could still compute in its constraints, which are part of
+/// the text that made it. A damaged index could bring a number into circulation twice.
 void StoreFile::checkContents() {
-    constexpr char kIsForeign[] =
-        "SELECT count(*) > 0 AND max(name IN ('sequence_numbers', 'key_values')) = 0 FROM sqlite_master";
-    if (Statement(*this, kIsForeign).run() != 0) fail("it is no store but the database of something else");
+    // The index that comes with a table has no text.
+    Statement others(
+        *this, "SELECT count(*) FROM sqlite_master WHERE sql NOT IN ('CREATE TABLE ' || ?1, 'CREATE TABLE ' || ?2)");
+    if (others.bind(1, kSequenceNumbers).bind(2, kKeyValues).run() != 0) {
+        fail("it is no store but the database of something else");
+    }
     const std::vector<std::string> findings = Statement(*this, "PRAGMA integrity_check(1)").texts();
     if (findings != std::vector<std::string>{"ok"}) fail("it is damaged: " + findings.front());
+}
+
+void StoreFile::createTable(const char* definition) {
+    run((std::string("CREATE TABLE IF NOT EXISTS ") + definition).c_str());
 }
 
 void StoreFile::checkInPlace() {
@@ -94,8 +118,10 @@ std::optional<int64_t> StoreFile::Statement::run() {
 std::vector<std::string> StoreFile::Statement::texts() {
     std::vector<std::string> texts;
     eachRow([&](sqlite3_stmt* row) {
+        const bool isNull = sqlite3_column_type(row, 0) == SQLITE_NULL;
         const auto* bytes = reinterpret_cast<const char*>(sqlite3_column_text(row, 0));
-        texts.emplace_back(bytes ? bytes : "", static_cast<size_t>(sqlite3_column_bytes(row, 0)));
+        if (!bytes && !isNull) file_->fail("out of memory");
+        texts.emplace_back(bytes ? bytes : "", bytes ? static_cast<size_t>(sqlite3_column_bytes(row, 0)) : 0);
     });
     return texts;
 }

@@ -19,6 +19,13 @@ public:
     /// Opens the file and creates it if there is none; without a path, one that vanishes afterwards.
     explicit StoreFile(const std::optional<std::string>& path);
 
+    /// Creates one of the tables, unless it exists. A store holds nothing else.
+    void createTable(const char* definition);
+    static constexpr char kSequenceNumbers[] = "sequence_numbers(sequence TEXT PRIMARY KEY, next INTEGER NOT NULL)";
+    static constexpr char kKeyValues[] =
+        "key_values(kind INTEGER, store TEXT, key TEXT, value TEXT NOT NULL, PRIMARY KEY(kind, store, key))"
+        " WITHOUT ROWID";
+
     [[noreturn]] void fail(const std::string& reason);
     /// Whether it has: to try again could take long and say the same.
     bool hasFailed() const { return hasFailed_; }
@@ -72,6 +79,7 @@ private:
         void operator()(sqlite3* database) const;
     };
 
+    void distrustContents();
     void checkContents();
     /// Throws unless the result code is the one that is expected.
     void check(int result, int expected);

@@ -5,9 +5,7 @@ namespace Velo::OS::Telemetry::replay {
 namespace {
 
 StoreFile& withTable(StoreFile& file) {
-    file.run(
-        "CREATE TABLE IF NOT EXISTS key_values(kind INTEGER, store TEXT, key TEXT, value TEXT NOT NULL,"
-        " PRIMARY KEY(kind, store, key)) WITHOUT ROWID");
+    file.createTable(StoreFile::kKeyValues);
     return file;
 }
 

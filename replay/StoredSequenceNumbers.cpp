@@ -9,7 +9,7 @@ const std::string kGlobal = "global";
 const std::string kPerType = "event ";
 
 StoreFile& withTable(StoreFile& store) {
-    store.run("CREATE TABLE IF NOT EXISTS sequence_numbers(sequence TEXT PRIMARY KEY, next INTEGER NOT NULL)");
+    store.createTable(StoreFile::kSequenceNumbers);
     return store;
 }
 

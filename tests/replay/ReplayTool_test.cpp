@@ -190,7 +190,8 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
         {"echo '{' >j; $TOOL run in -o old --schema j", "j:2: not JSON: column 1: Missing '}' or object member name\n"},
         {"$TOOL run in -o old --schema link", "cannot read events from in: it is the event schema\n"},
         {"$TOOL run -o old --schema s --store s", "cannot read s: it is part of the store\n"},
-        {"$TOOL run in -o old --store odd", "cannot use odd: no such column: value\n"},
+        {"$TOOL run in -o old --store odd", "cannot use odd: it is no store but the database of something else\n"},
+        {"$TOOL run in -o old --store endless", "endless: it is no store but the database of something else\n"},
         {"$TOOL run in -o old --store other", "cannot use other: it is no store but the database of something else\n"},
         {"$TOOL schema lookup none a", "cannot open none: No such file or directory\n"},
         {"$TOOL run in -o old --device old", "cannot write old: it is an input\n"},
@@ -201,9 +202,14 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
     };
     const std::string content = std::string(kGoodLine) + "\n{\n";
     StoreFile bad(folder_ / "bad");
-    StoreFile(folder_ / "odd").run("CREATE TABLE key_values(kind, store, key)");
+    StoreFile(folder_ / "odd").run("CREATE TABLE key_values(kind, store, key CHECK(key LIKE key))");
+    StoreFile endless(folder_ / "endless");
+    endless.createTable(StoreFile::kSequenceNumbers);
+    endless.run(
+        "CREATE TRIGGER t AFTER INSERT ON sequence_numbers BEGIN SELECT count(*) FROM"
+        " (WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x FROM c) SELECT x FROM c); END");
     StoreFile(folder_ / "other").run("CREATE TABLE bookmarks(url)");
-    bad.run("CREATE TABLE sequence_numbers(sequence TEXT PRIMARY KEY, next)");
+    bad.createTable(StoreFile::kSequenceNumbers);
     bad.run("INSERT INTO sequence_numbers VALUES('global', -7)");
     for (const auto& [command, message] : cases) {
         write("in", content);
