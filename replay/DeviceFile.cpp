@@ -10,6 +10,8 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
+constexpr size_t kMaxPackageNameBytes = 1024;  // each of the uids below it has a copy of it
+
 void readIds(const JsonNode& node, Device& device) {
     node.object({{"telemetry", into(device.telemetryId)}, {"morlek", into(device.morlekId)}});
 }
@@ -35,6 +37,9 @@ void readUsers(const JsonNode& node, Device& device) {
 
 void readPackages(const JsonNode& node, Device& device) {
     node.members([&](const std::string& name, const JsonNode& uids) {
+        if (name.size() > kMaxPackageNameBytes) {
+            uids.fail("expected a name of at most " + std::to_string(kMaxPackageNameBytes) + " bytes");
+        }
         uids.numbered<uint32_t>([&](uint32_t uid, const JsonNode& package) {
             PackageInfo& info = device.packages[{name, uid}];
             info.packageName = name;

@@ -15,6 +15,7 @@ namespace Velo::OS::Telemetry::replay {
 namespace {
 
 constexpr char kNothing[] = "nothing";
+constexpr size_t kMaxShownBytes = 120;  // of a value, in a message
 
 bool isOfType(const Json::Value& value, std::string_view type) {
     if (type == "null") return value.isNull();
@@ -24,12 +25,6 @@ bool isOfType(const Json::Value& value, std::string_view type) {
     if (type == "string") return value.isString();
     if (type == "array") return value.isArray();
     return value.isObject();
-}
-
-/// So much of it as fits a message.
-std::string shortened(const std::string& text) {
-    constexpr size_t kMaxLength = 120;
-    return text.size() <= kMaxLength ? text : std::string(utf8Prefix(text, kMaxLength)) + "...";
 }
 
 }  // namespace
@@ -46,7 +41,7 @@ FieldExpectation::FieldExpectation(std::string name, const JsonNode& node)
 
 void FieldExpectation::expect(const JsonNode& node, const std::string& inWords, Condition condition) {
     if (holds_) node.fail("expected only one of present, type, value and one_of");
-    expected_ = shortened(inWords);
+    expected_ = shortened(inWords, kMaxShownBytes);
     holds_ = std::move(condition);
 }
 
@@ -85,7 +80,8 @@ void FieldExpectation::observe(const Json::Value& members, const LinePlace& plac
     ++observed_;
     const Json::Value* value = members.find(name_.data(), name_.data() + name_.size());
     if (holds_(value)) return;
-    if (++wrong_ == 1) firstWrong_ = (value ? shortened(toCompactJson(*value)) : kNothing) + " at " + toText(place);
+    if (++wrong_ == 1)
+        firstWrong_ = (value ? shortened(toCompactJson(*value), kMaxShownBytes) : kNothing) + " at " + toText(place);
 }
 
 std::optional<std::string> FieldExpectation::failure() const {

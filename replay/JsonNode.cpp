@@ -7,6 +7,7 @@
 #include "replay/FileError.h"
 #include "replay/StrictJson.h"
 #include "replay/Suggestion.h"
+#include "replay/Utf8.h"
 
 namespace Velo::OS::Telemetry::replay {
 
@@ -37,7 +38,19 @@ bool hasField(const std::vector<JsonNode::Field>& fields, const std::string& nam
 
 void JsonNode::fail(const std::string& reason) const { throw FileError(where() + ": " + reason); }
 
-std::string JsonNode::where() const { return place() + (path_.empty() ? "" : ": " + path_); }
+std::string JsonNode::where() const {
+    const std::string inFile = path();
+    return place() + (inFile.empty() ? "" : ": " + inFile);
+}
+
+/// Joined only when it is asked for: a long name may stand around many values.
+std::string JsonNode::path() const {
+    constexpr size_t kMaxNameBytes = 128;
+    if (!parent_) return {};
+    const std::string parent = parent_->path();
+    if (const auto* index = std::get_if<Json::ArrayIndex>(&step_)) return parent + "[" + std::to_string(*index) + "]";
+    return (parent.empty() ? "" : parent + ".") + shortened(std::get<std::string_view>(step_), kMaxNameBytes);
+}
 
 std::string JsonNode::place() const {
     return value_ ? context_.file->name() + ":" + std::to_string(context_.file->lineOf(*value_)) : "default";
@@ -46,7 +59,7 @@ std::string JsonNode::place() const {
 std::string JsonNode::text() const { return toCompactJson(value_ ? *value_ : Json::Value()); }
 
 void JsonNode::list(const Json::Value& value) const {
-    if (context_.list) context_.list->push_back({path_, toCompactJson(value), place()});
+    if (context_.list) context_.list->push_back({path(), toCompactJson(value), place()});
 }
 
 void JsonNode::read(bool& out) const {
@@ -101,17 +114,13 @@ void JsonNode::requireObject() const {
     if (value_ && !value_->isObject()) fail("expected an object");
 }
 
-JsonNode JsonNode::member(const std::string& name, const Json::Value* value) const {
-    return JsonNode(context_, value, path_.empty() ? name : path_ + "." + name);
-}
-
 void JsonNode::checkMembers(const std::vector<Field>& fields) const {
     for (auto it = value_->begin(); it != value_->end(); ++it) {
         const std::string name = it.name();
         if (hasField(fields, name)) continue;
-        const bool isAside = name == kComment || (name == kSchema && path_.empty());
-        if (!isAside) member(name, &*it).fail("unknown member" + suggestion(name, fields));
-        if (!it->isString()) member(name, &*it).fail("expected a string");
+        const bool isAside = name == kComment || (name == kSchema && !parent_);
+        if (!isAside) JsonNode(*this, name, &*it).fail("unknown member" + suggestion(name, fields));
+        if (!it->isString()) JsonNode(*this, name, &*it).fail("expected a string");
     }
 }
 
@@ -120,7 +129,7 @@ void JsonNode::object(const std::vector<Field>& fields) const {
     if (value_) checkMembers(fields);
     for (const Field& field : fields) {
         const char* end = field.name + std::strlen(field.name);
-        field.use(member(field.name, value_ ? value_->find(field.name, end) : nullptr));
+        field.use(JsonNode(*this, field.name, value_ ? value_->find(field.name, end) : nullptr));
     }
 }
 
@@ -129,7 +138,7 @@ void JsonNode::members(const std::function<void(const std::string&, const JsonNo
     if (!value_ || value_->empty()) return list(Json::objectValue);
     for (auto it = value_->begin(); it != value_->end(); ++it) {
         const std::string name = it.name();
-        use(name, member(name, &*it));
+        use(name, JsonNode(*this, name, &*it));
     }
 }
 
@@ -137,7 +146,7 @@ void JsonNode::elements(const Use& use) const {
     if (value_ && !value_->isArray()) fail("expected an array");
     if (!value_ || value_->empty()) return list(Json::arrayValue);
     for (Json::ArrayIndex i = 0; i < value_->size(); ++i) {
-        use(JsonNode(context_, &(*value_)[i], path_ + "[" + std::to_string(i) + "]"));
+        use(JsonNode(*this, i, &(*value_)[i]));
     }
 }
 

@@ -10,7 +10,9 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "replay/JsonFile.h"
@@ -19,16 +21,19 @@ namespace Velo::OS::Telemetry::replay {
 
 /// A value that a reader has come upon.
 struct ReadValue {
-    std::string path;    // in its file, "users.0.consent"
+    std::string path;    // in its file, "users.0.consent", with long names cut short
     std::string value;   // compact JSON
     std::string source;  // "FILE:LINE", or "default" if the file does not have it
 };
 
 /// A value of a JSON file and the place where it stands, for readers that know what they expect there. Each operation
-/// throws `FileError` if the value is something else: "FILE:LINE: path.to[0].it: expected a string".
+/// throws `FileError` if the value is something else: "FILE:LINE: path.to[0].it: expected a string". Long names are cut
+/// short in it.
 ///
 /// A field that its object lacks is a node too, an absent one: to read it leaves the variable as it is. Thus a reader
 /// visits all that could be in the file, and can have it listed.
+///
+/// Nodes live while the file and the nodes around them do: each is lent to those who use it, and none can be kept.
 class JsonNode {
 public:
     using Use = std::function<void(const JsonNode&)>;
@@ -40,7 +45,8 @@ public:
 
     /// The file's root. Both arguments are lent; whatever is read is appended to the list, if there is one.
     explicit JsonNode(const JsonFile& file, std::vector<ReadValue>* list = nullptr)
-        : JsonNode({&file, list}, &file.root(), {}) {}
+        : context_{&file, list}, value_(&file.root()) {}
+    JsonNode(const JsonNode&) = delete;
 
     [[noreturn]] void fail(const std::string& reason) const;
     /// Where the value is, for errors that are found later: "FILE:LINE: path.to[0].it".
@@ -113,12 +119,15 @@ private:
         std::vector<ReadValue>* list;  // may be null
     };
 
-    JsonNode(const Context& context, const Json::Value* value, std::string path)
-        : context_(context), value_(value), path_(std::move(path)) {}
+    /// From a node to one in it. A name is lent.
+    using Step = std::variant<std::string_view, Json::ArrayIndex>;
+
+    JsonNode(const JsonNode& parent, Step step, const Json::Value* value)
+        : context_(parent.context_), parent_(&parent), step_(step), value_(value) {}
 
     void requireObject() const;
     void checkMembers(const std::vector<Field>& fields) const;
-    JsonNode member(const std::string& name, const Json::Value* value) const;
+    std::string path() const;
     std::string place() const;
     void list(const Json::Value& value) const;
     template <typename Integer>
@@ -130,8 +139,9 @@ private:
     }
 
     const Context context_;
-    const Json::Value* const value_;  // null if it is absent
-    const std::string path_;
+    const JsonNode* const parent_ = nullptr;  // null: it is the root
+    const Step step_;                         // from there
+    const Json::Value* const value_;          // null if it is absent
 };
 
 /// Reads a field into a variable, which is lent.

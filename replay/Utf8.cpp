@@ -72,4 +72,8 @@ std::string_view utf8Prefix(std::string_view text, size_t maxBytes) {
     return text.substr(0, isWithin ? start : maxBytes);
 }
 
+std::string shortened(std::string_view text, size_t maxBytes) {
+    return text.size() <= maxBytes ? std::string(text) : std::string(utf8Prefix(text, maxBytes)) + "...";
+}
+
 }  // namespace Velo::OS::Telemetry::replay

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 
 namespace Velo::OS::Telemetry::replay {
@@ -13,5 +14,8 @@ size_t findMalformedUtf8(std::string_view text);
 
 /// The start of the text, of at most so many bytes, cut between two characters.
 std::string_view utf8Prefix(std::string_view text, size_t maxBytes);
+
+/// The text; of a longer one its start, as above, and "..." behind it.
+std::string shortened(std::string_view text, size_t maxBytes);
 
 }  // namespace Velo::OS::Telemetry::replay

@@ -276,6 +276,10 @@ TEST_F(ReplayTool, NamesWhatIsWrongWithADevice) {
         {"\xEF\xBB\xBF"
          R"({"identities":{"1\u0000":""}})",
          "1: identities.1\\u0000: expected the name to be an unsigned 32-bit integer"},
+        {R"({"packages":{")" + std::string(127, 'n') + "\u00e9\":{\"x\":1}}}",
+         "1: packages." + std::string(127, 'n') + "....x: expected the name to be an unsigned 32-bit integer"},
+        {R"({"packages":{")" + std::string(1025, 'n') + R"(":{}}})",
+         "1: packages." + std::string(128, 'n') + "...: expected a name of at most 1024 bytes"},
         {R"({"users":{"00":{}}})", "1: users.00: expected the name to be a signed 32-bit integer"},
         {R"({"users":{"0":{"managed_mode":2147483648}}})", "1: users.0.managed_mode: expected a signed 32-bit integer"},
         {R"({"users":{"0":{"account_mode":1}}})", "1: users.0.account_mode: expected true or false"},
