@@ -13,6 +13,9 @@ namespace {
 // Of names that are remembered.
 constexpr size_t kMaxNames = 1000, kMaxNameLength = 64;
 
+// That may end in a suggestion, for which all of the names are compared.
+constexpr size_t kMaxSuggesting = 10;
+
 }  // namespace
 
 void Expectations::observe(const Observation& event) {
@@ -38,6 +41,7 @@ std::vector<std::string> Expectations::failures() const {
 
     std::vector<std::string> failures;
     for (const EventExpectation& expectation : expectations_) {
+        if (failures.size() >= kMaxSuggesting) names.clear();
         for (std::string& failure : expectation.failures(names)) failures.push_back(std::move(failure));
     }
     return failures;

@@ -14,6 +14,11 @@ namespace Velo::OS::Telemetry::replay {
 
 TEST(Expectations, SayWhatDoesNotHold) {
     const auto file = std::filesystem::temp_directory_path() / ("expectations." + std::to_string(::getpid()));
+    std::string ten, tenFailures;
+    for (const std::string name : {"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"}) {
+        ten += '"' + name + "\":{},";
+        tenFailures += '.' + name + ": no event has such a name|";
+    }
     const std::pair<std::string, std::string> cases[] = {
         {R"("app":{"logged":4,"kept":2,"bad":1,"dropped":{"min":1,"max":1,"state.disabled":1,"pathway_guard":0}})", ""},
         {R"("app":{"kept":{"min":3},"dropped":{"max":0},"bad":{"min":2,"max":3}})",
@@ -28,6 +33,7 @@ TEST(Expectations, SayWhatDoesNotHold) {
         {R"("lost":{"data":{"n":{"present":false}}},"none":{"kept":0},"ap*d":{"kept":0,"logged":{"max":1}},"pap":{})",
          ".ap*d: no event has such a name|.lost.data.n: expected nothing, but no event was kept|"
          ".pap: no event has such a name; did you mean \"app\"?|"},
+        {ten + R"("pap":{})", tenFailures + ".pap: no event has such a name|"},
     };
     for (const auto& [events, expected] : cases) {
         std::ofstream(file) << "\n{\"events\":{" << events << "}}";
