@@ -11,6 +11,9 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
+// A name of 1 MiB takes as many steps for each byte of it.
+constexpr size_t kMaxPatternBytes = 1024;
+
 bool isAny(const Outcome& /*outcome*/, const char* /*name*/) { return true; }
 
 bool isKept(const Outcome& outcome, const char* /*name*/) { return std::holds_alternative<Kept>(outcome); }
@@ -54,6 +57,9 @@ constexpr EventKind kCauses[] = {
 
 EventExpectation::EventExpectation(std::string pattern, const JsonNode& node)
     : pattern_(std::move(pattern)), where_(node.where()) {
+    if (pattern_.size() > kMaxPatternBytes) {
+        node.fail("expected a name of at most " + std::to_string(kMaxPatternBytes) + " bytes");
+    }
     node.object({readCount(kLogged),
                  readCount(kKept),
                  readCount(kBad),

@@ -18,10 +18,10 @@ namespace Velo::OS::Telemetry::replay {
 ///                        "dropped": COUNT or {GUARD or REASON: COUNT},
 ///                        "data": {FIELD: CONDITION}, "header": {FIELD: CONDITION}}}}
 ///
-/// NAME is that of events, in which "*" stands for any characters and "?" for one. What two names fit counts for both.
-/// COUNT is a number or {"min": number, "max": number}, of which one may be absent; beside guards and reasons, min and
-/// max are those of all drops.
-/// CONDITION is {"present": bool}, {"type": "null", "boolean", "integer", "number", "string", "array" or "object"},
+/// NAME is that of events, in which "*" stands for any characters and "?" for one, of at most 1,024 bytes. What two
+/// names fit counts for both. COUNT is a number or {"min": number, "max": number}, of which one may be absent; beside
+/// guards and reasons, min and max are those of all drops. CONDITION is {"present": bool}, {"type": "null", "boolean",
+/// "integer", "number", "string", "array" or "object"},
 /// {"value": value} or {"one_of": [value]}; it must hold of the member in every event that is kept, and there must be
 /// one. There must be events of each NAME too, unless it only has counts and all are 0.
 /// Monitor events count like any other. A bad line that is no event has no name and counts nowhere.

@@ -150,7 +150,7 @@ constexpr HelpBlock kExpectations[] = {
          "        \"data\": {NAME: FIELD}, \"header\": {NAME: FIELD}}}",
          "how many events are logged, kept, bad and dropped, and what stands in the data and header of all that are "
          "kept; each may be absent; there must be such events, unless only counts are given and all are 0"),
-    item("GLOB", "names of events, in which * stands for any characters and ? for one"),
+    item("GLOB", "names of events, in which * stands for any characters and ? for one; at most 1024 bytes"),
     item("COUNT", R"(integer or {"min": integer, "max": integer})", "either may be absent"),
     item("REASON", "the reason of drops or the name of their guard; min and max here are those of all drops"),
     item("FIELD",

@@ -196,6 +196,8 @@ TEST_F(ReplayTool, SaysWhyARunIsImpossible) {
         {"$TOOL schema lookup none a", "cannot open none: No such file or directory\n"},
         {"$TOOL run in -o old --device old", "cannot write old: it is an input\n"},
         {"$TOOL run in -o old --expect link", "cannot read events from in: it holds the expectations\n"},
+        {"printf '{\"events\":{\"%01025d\":{}}}' 0 >e; $TOOL run in -o old --expect e",
+         "...: expected a name of at most 1024 bytes\n"},
         {"$TOOL run in -o old --device link", "cannot read events from in: it describes the device\n"},
         {"cp in d; $TOOL run in -o old --device d",
          "d:2: not JSON: column 1: Extra non-whitespace after JSON value.\n"},
