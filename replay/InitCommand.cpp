@@ -39,22 +39,13 @@ void createDirectory(const std::filesystem::path& directory) {
     if (error) throw FileError("create", directory, error.value());
 }
 
-void checkNoneExists(const std::filesystem::path& directory) {
-    for (const StarterFile& file : starterFiles()) {
-        const std::filesystem::path path = directory / file.name;
-        std::error_code error;
-        const auto status = std::filesystem::symlink_status(path, error);
-        if (std::filesystem::exists(status)) throw FileError("cannot write " + path.string() + ": it exists already");
-    }
-}
-
 /// All or none: a file that is left would be in the way of the next attempt.
 void writeFiles(const std::filesystem::path& directory) {
     std::vector<std::filesystem::path> written;
     try {
         for (const StarterFile& file : starterFiles()) {
             const std::filesystem::path path = directory / file.name;
-            OutputFile output(path);
+            OutputFile output(path, OutputFile::Existing::Refuse);
             written.push_back(path);
             output.write(file.text);
             output.close();
@@ -105,7 +96,6 @@ ExitStatus initCommand(const std::string& directory) {
     const std::filesystem::path path = argumentFor(directory);
     const bool isDone = console.attempt([&] {
         createDirectory(path);
-        checkNoneExists(path);
         writeFiles(path);
         OutputFile output("-");
         output.write(whatNow(path));

@@ -14,13 +14,18 @@ namespace {
 constexpr size_t kBufferSize = 65'536;
 constexpr mode_t kNewFileMode = 0666;  // less the user's umask
 
+int flagsFor(OutputFile::Existing existing) {
+    return O_WRONLY | O_CREAT | O_CLOEXEC | (existing == OutputFile::Existing::Refuse ? O_EXCL : 0);
+}
+
 }  // namespace
 
-OutputFile::OutputFile(const std::string& path)
+OutputFile::OutputFile(const std::string& path, Existing existing)
     : name_(path == "-" ? "<stdout>" : path),
       isStandardOutput_(path == "-"),
       file_(isStandardOutput_ ? ::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
-                              : ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kNewFileMode)) {
+                              : ::open(path.c_str(), flagsFor(existing), kNewFileMode)) {
+    if (file_.number() < 0 && errno == EEXIST) throw FileError("cannot write " + name_ + ": it exists already");
     if (file_.number() < 0) throw FileError("open", name_, errno);
     status_ = fileStatus(file_);
     buffer_.reserve(kBufferSize);

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -14,9 +15,11 @@ namespace Velo::OS::Telemetry::replay {
 /// and so is what was written to a file that has been deleted since it was opened: `close` says that too.
 class OutputFile {
 public:
+    /// What to do about a file, or a link, that has the name already.
+    enum class Existing : uint8_t { Open, Refuse };
     /// Opens the file and creates it if there is none, yet leaves its contents; "-" is standard output.
     /// Throws `FileError`.
-    explicit OutputFile(const std::string& path);
+    explicit OutputFile(const std::string& path, Existing existing = Existing::Open);
 
     /// Its path as given, or "<stdout>".
     const std::string& name() const { return name_; }
