@@ -17,8 +17,9 @@
 
 namespace Velo::OS::Telemetry::replay {
 
-/// Everything that the tool says on standard error, one line a message. Control characters and bytes that are no UTF-8
-/// are escaped here, whoever sent them. What cannot be written is lost: there is no place left to say so.
+/// Everything that the tool says on standard error, one line a message. Control characters, invisible ones and bytes
+/// that are no UTF-8 are escaped here, whoever sent them. What cannot be written is lost: there is no place left to say
+/// so.
 class Console {
 public:
     /// A quiet one drops warnings, progress and the summary.

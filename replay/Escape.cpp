@@ -1,6 +1,8 @@
 #include "replay/Escape.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 
 #include "replay/Utf8.h"
 
@@ -8,13 +10,33 @@ namespace Velo::OS::Telemetry::replay {
 
 namespace {
 
-void appendHexByte(std::string& out, uint8_t byte) {
-    constexpr char kDigits[] = "0123456789abcdef";
-    out += kDigits[byte >> 4];
-    out += kDigits[byte & 0xF];
+struct Range {
+    uint32_t first, last;
+};
+
+// C0; DEL and C1, which a terminal may obey just as it does the escape character; what has no width or changes the
+// direction of the text, and so makes it pass for another. The page of a run (report/report.js) escapes the same.
+constexpr Range kEscaped[] = {{0x0000, 0x001F}, {0x007F, 0x009F}, {0x200B, 0x200F},
+                              {0x2028, 0x202E}, {0x2060, 0x2069}, {0xFEFF, 0xFEFF}};
+
+bool isEscaped(uint32_t codePoint) {
+    return std::any_of(std::begin(kEscaped), std::end(kEscaped),
+                       [&](const Range& range) { return codePoint >= range.first && codePoint <= range.last; });
 }
 
-void appendControl(std::string& out, uint8_t codePoint) {
+/// Of a well-formed sequence.
+uint32_t codePointOf(std::string_view sequence) {
+    constexpr uint8_t kLeadBits[] = {0x7F, 0x1F, 0x0F, 0x07};  // by the length
+    uint32_t codePoint = static_cast<uint8_t>(sequence[0]) & kLeadBits[sequence.size() - 1];
+    for (const char c : sequence.substr(1)) codePoint = codePoint << 6 | (static_cast<uint8_t>(c) & 0x3F);
+    return codePoint;
+}
+
+void appendHex(std::string& out, uint32_t number, int digits) {
+    while (digits-- > 0) out += "0123456789abcdef"[number >> (4 * digits) & 0xF];
+}
+
+void appendEscape(std::string& out, uint32_t codePoint) {
     switch (codePoint) {
         case '\n':
             out += "\\n";
@@ -26,16 +48,9 @@ void appendControl(std::string& out, uint8_t codePoint) {
             out += "\\t";
             return;
         default:
-            out += "\\u00";
-            appendHexByte(out, codePoint);
+            out += "\\u";
+            appendHex(out, codePoint, 4);
     }
-}
-
-bool isC0OrDelete(uint8_t byte) { return byte < 0x20 || byte == 0x7F; }
-
-/// U+0080 to U+009F, which a terminal may obey just as it does the escape character.
-bool isC1(std::string_view sequence) {
-    return sequence.size() == 2 && sequence[0] == '\xC2' && static_cast<uint8_t>(sequence[1]) < 0xA0;
 }
 
 }  // namespace
@@ -45,14 +60,11 @@ std::string escaped(std::string_view text) {
     out.reserve(text.size());
     while (!text.empty()) {
         const std::string_view sequence = text.substr(0, utf8SequenceLength(text));
-        const auto first = static_cast<uint8_t>(text[0]);
         if (sequence.empty()) {
             out += "\\x";
-            appendHexByte(out, first);
-        } else if (isC0OrDelete(first)) {
-            appendControl(out, first);
-        } else if (isC1(sequence)) {
-            appendControl(out, static_cast<uint8_t>(sequence[1]));
+            appendHex(out, static_cast<uint8_t>(text[0]), 2);
+        } else if (const uint32_t codePoint = codePointOf(sequence); isEscaped(codePoint)) {
+            appendEscape(out, codePoint);
         } else {
             out += sequence;
         }

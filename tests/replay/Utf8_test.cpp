@@ -45,6 +45,8 @@ TEST(Escape, LeavesNothingThatATerminalWouldObey) {
         {"a\nb\tc\r", "a\\nb\\tc\\r"},
         {std::string(1, '\0') + "\x1B[31m\x1F \x7F~", "\\u0000\\u001b[31m\\u001f \\u007f~"},
         {"\xC2\x80\xC2\x9F\xC2\xA0", "\\u0080\\u009f\xC2\xA0"},
+        {"\u200A\u200B\u200F\u2010\u2027\u2028\u202E\u202F\u205F\u2060\u2069\u206A\uFEFE\uFEFF\U0001202E",
+         "\u200A\\u200b\\u200f\u2010\u2027\\u2028\\u202e\u202F\u205F\\u2060\\u2069\u206A\uFEFE\\ufeff\U0001202E"},
         {"\x80\xFF\xE2\x82", "\\x80\\xff\\xe2\\x82"},
     };
     for (const auto& [text, expected] : cases) EXPECT_EQ(escaped(text), expected);
