@@ -2,6 +2,8 @@
 
 #include <json/writer.h>
 
+#include "replay/Escape.h"
+
 namespace Velo::OS::Telemetry::replay {
 
 std::string toCompactJson(const Json::Value& value) {
@@ -11,7 +13,7 @@ std::string toCompactJson(const Json::Value& value) {
         compact["emitUTF8"] = true;
         return compact;
     }();
-    return Json::writeString(builder, value);
+    return escaped(Json::writeString(builder, value));
 }
 
 }  // namespace Velo::OS::Telemetry::replay

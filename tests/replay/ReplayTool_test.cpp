@@ -731,10 +731,10 @@ TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
 TEST_F(ReplayTool, ExplainsWhatEachStageDoes) {
     write("device", R"({"feature_gates": {"arvo_mobile_telemetry_intake_monitor": true},
         "device_ids": {"morlek": "m"}, "clock": {"adjusted": true, "time_ms": 1790000000000, "boot_time_ms": 10000}})");
-    const std::string op =
-        R"({"name":"arvo_sensitive_app_ops_monitor","bundle":{"op_caller_android_uid":7,"v":["x"],)"
-        R"("op_caller_package":"p","sdk_app_package":{"a\u001b":1},"sdk_app_package_version_name":"",)"
-        R"("global_sequence_number":8}})";
+    const std::string op = R"({"name":"arvo_sensitive_app_ops_monitor","bundle":{"op_caller_android_uid":7,"v":["x"],)"
+                           "\"op_caller_package\":\"p\x7F\xC2\x9B\u202e\","
+                           R"("sdk_app_package":{"a\u001b":1},"sdk_app_package_version_name":"",)"
+                           R"("global_sequence_number":8}})";
     write("in", op + "\n[]\n" + op + R"(
 {"name":"generic","data":{},"format":"atom","atom_id":111222}
 {"name":"telemetry_event_filtering_performance","data":{}}
@@ -760,7 +760,7 @@ TEST_F(ReplayTool, ExplainsWhatEachStageDoes) {
     const std::string line = read("out");
     EXPECT_TRUE(line.ends_with(R"(,"output":)" + output.substr(0, output.size() - 1) + "}\n")) << line;
     for (const char* part :
-         {R"({"data":{"global_sequence_number":8,"op_caller_android_uid":7,"op_caller_package":"p",)",
+         {R"({"data":{"global_sequence_number":8,"op_caller_android_uid":7,"op_caller_package":"p\u007f\u009b\u202e",)",
           R"("v":["x"]},"format":"JSON Bundle","identifier":"arvo_sensitive_app_ops_monitor","name":)"
           R"("arvo_sensitive_app_ops_monitor","place":"in:3","stages":[{"fate":"observed","kind":)"
           R"("monitor","name":"intake_monitor"},)",
