@@ -18,11 +18,12 @@ std::shared_ptr<EventSchemaHandler> schemaIn(StoreFile& store) {
 
 /// Devices are silent about most of them: events are just dropped.
 void warnOfProblems(const std::string& text, const std::string& fileName, Console& console) {
-    const std::vector<SchemaReport::Problem> problems = checkSchema(text).problems;
-    if (problems.empty()) return;
-    console.warning({fileName, problems.front().line},
-                    problems.front().text + "; `telemetry-replay schema check` finds " +
-                        std::to_string(problems.size()) + (problems.size() == 1 ? " problem" : " problems"));
+    const SchemaReport report = checkSchema(text);
+    if (report.problems.empty()) return;
+    const SchemaReport::Problem& first = report.problems.front();
+    console.warning({fileName, first.line}, first.text + "; `telemetry-replay schema check` finds " +
+                                                std::to_string(report.problemCount) +
+                                                (report.problemCount == 1 ? " problem" : " problems"));
 }
 
 }  // namespace

@@ -65,8 +65,7 @@ public:
         } else {
             problem(root, "expected an object");
         }
-        std::stable_sort(report_.problems.begin(), report_.problems.end(),
-                         [](const auto& a, const auto& b) { return a.line < b.line; });
+        keepFirstProblems();
         return std::move(report_);
     }
 
@@ -91,6 +90,15 @@ private:
         const auto line = std::lower_bound(newlines_.begin(), newlines_.end(), start);
         report_.problems.push_back(
             {static_cast<size_t>(line - newlines_.begin()) + 1, (node.path.empty() ? "" : node.path + ": ") + text});
+        ++report_.problemCount;
+        if (report_.problems.size() == 2 * SchemaReport::kMaxProblems) keepFirstProblems();
+    }
+
+    /// They are not found in the order of their lines.
+    void keepFirstProblems() {
+        std::stable_sort(report_.problems.begin(), report_.problems.end(),
+                         [](const auto& a, const auto& b) { return a.line < b.line; });
+        report_.problems.resize(std::min(report_.problems.size(), SchemaReport::kMaxProblems));
     }
 
     static std::string pathOf(const Node& parent, const std::string& name) {
@@ -248,7 +256,7 @@ private:
 
 SchemaReport checkSchema(const std::string& text) {
     Json::Value document;
-    if (const auto fault = StrictJson().parse(text, document)) return {{{fault->line, fault->text}}, {}};
+    if (const auto fault = StrictJson().parse(text, document)) return {1, {{fault->line, fault->text}}, {}};
     return SchemaChecker(text).check(document);
 }
 

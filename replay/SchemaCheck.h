@@ -16,7 +16,10 @@ struct SchemaReport {
         std::string text;
     };
 
-    std::vector<Problem> problems;  // in the order of their lines
+    static constexpr size_t kMaxProblems = 1000;
+
+    uint64_t problemCount = 0;      // all that there are
+    std::vector<Problem> problems;  // the first of them, at most `kMaxProblems`, in the order of their lines
     std::vector<std::pair<std::string, uint64_t>> entriesByCategory;
 };
 

@@ -57,7 +57,9 @@ ExitStatus checkSchemaCommand(const std::string& file) {
         for (const SchemaReport::Problem& problem : report.problems) {
             console.error({input.name(), problem.line}, problem.text);
         }
-        output.write(toTable(report.entriesByCategory) + toTable({{"problems", report.problems.size()}}));
+        const uint64_t others = report.problemCount - report.problems.size();
+        if (others > 0) console.error("and " + std::to_string(others) + " more");
+        output.write(toTable(report.entriesByCategory) + toTable({{"problems", report.problemCount}}));
         return report.problems.empty() ? ExitStatus::Success : ExitStatus::BadInput;
     });
 }

@@ -704,6 +704,10 @@ TEST_F(ReplayTool, SaysWhatDevicesMakeOfASchema) {
                                "problems                                         24\nESSENTIAL "),
               std::string::npos);
 
+    EXPECT_EQ(sh("{ echo '{\"allowed_events\":['; yes 0, | head -2998; echo '0]}'; } | $TOOL schema check - >out"), 1);
+    EXPECT_TRUE(read("err").ends_with("<stdin>:997: allowed_events[995]: expected an object\nand 2003 more\n"));
+    EXPECT_TRUE(read("out").ends_with(" 3003\n")) << read("out");
+
     write("schema", schemaOf({{"extra", 2}, {"other", 3}}));
     EXPECT_EQ(sh("$TOOL schema check - <schema >out && $TOOL schema lookup schema extra other \"$(printf 'n\\033')\" "
                  ">out && echo {} | $TOOL schema lookup - e >>out"),
