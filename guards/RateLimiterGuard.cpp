@@ -136,7 +136,7 @@ Verdict admit(const std::string& identifier, IRateLimiterConfigManager& configMa
         Record& record = records[identifier];
         if (record.configured) return record.admit();
     }
-    const RateLimitConfig config = configManager.getRateLimitConfig(identifier);  // may process events itself
+    const RateLimitConfig config = configManager.getRateLimitConfig(identifier);  // not locked: others go on
     const std::lock_guard<std::mutex> lock(recordsLock);
     Record& record = records[identifier];
     record.configure(config);
