@@ -110,7 +110,8 @@ constexpr HelpBlock kDevice[] = {
          "enabled, it keeps the events that the event schema calls essential, those that it calls non-essential if the "
          "user gives the consent that they need, and what these packages log"),
     item("rate_limits", R"({"default": LIMIT, "identifiers": {IDENTIFIER: LIMIT}})",
-         "atoms are not limited; a window that alone differs has no effect; windows pass by this machine's clock, "
+         "atoms are not limited; a window beside two counts of 9000 has no effect; windows pass by this machine's "
+         "clock, "
          "however fast a day is replayed"),
     item("LIMIT",
          "{\"refill_count\": integer, \"max_events\": integer,\n"

@@ -11,7 +11,8 @@ namespace Velo::OS::Telemetry {
 /// The first error ends it and is its result. An empty result of one of the first three aborts the process.
 class TELEMETRY_EXPORT DeviceInfoApplier : public IApplier {
 public:
-    /// None may be null.
+    /// None may be null. They are meant to be `DeviceIDApplier`, `OSUtilsDeviceIdApplier`, `DeviceSettingApplier` and
+    /// `SystemPropertyApplier`, in this order.
     DeviceInfoApplier(std::unique_ptr<IApplier> first, std::unique_ptr<IApplier> second,
                       std::unique_ptr<IApplier> third, std::unique_ptr<IApplier> fourth);
 
