@@ -136,6 +136,8 @@ TEST_F(Guards, RatesAreLimitedPerWindow) {
         {"twice a limit beyond 32 bits", {1, k2to31 + 1, 1}, {{0, 3, 3, {}}, {kSecond, 1, 1, {3}}}},
         // 2^60 times a second in ns is a multiple of 2^64: nothing is added, and the last token is all there is.
         {"a bucket not filled up", {k2to60, 3, 1}, {{0, 2, 2, {}}, {kSecond, 2, 1, {}}, {kSecond, 3, 3, {}}}},
+        // This many times a second in ns wraps to -5632: five are taken away, and below one token it is filled up.
+        {"a sum below nothing", {29'875'000'089'462'609, 10, 1}, {{0, 7, 7, {}}, {kSecond, 11, 10, {11}}}},
         {"a sum beyond 64 bits", {1, kMax, 1}, {{0, 1, 1, {}}, {kSecond, 2, 2, {}}}},
         {"a window beyond 64 bits", {kMax, 2, kMax}, {{0, 9, 9, {}}, {kSecond, 9, 9, {}}}},
         {"the least of all", {kMin, kMin, kMin}, {{0, 9, 9, {}}}},
@@ -193,6 +195,12 @@ TEST_F(Guards, ARateLimitIsKeptByIdentifierAndItsBreachReportedOnce) {
                      "limit of odt_43"}));
     EXPECT_TRUE(passes(guard, "e", 7, IntakeFormat::SpecificAtom)) << "atoms are not limited";
     EXPECT_EQ(services->take(), Lines{});
+    RateLimiterGuard other(nullptr, services, services);
+    RateLimiterGuard reporting([&](const auto&...) { EXPECT_TRUE(passes(other, "unlimited")); }, services, services);
+    services->rateLimit = {-1, -1, 1};
+    EXPECT_TRUE(passes(other, "unlimited"));
+    services->rateLimit = {1, 0, 5};
+    EXPECT_FALSE(passes(reporting, "f")) << "while one reports, others go on";
 }
 
 TEST_F(Guards, AnyBytesAreANameAndReportedAsThePlatformHoldsThem) {
@@ -213,12 +221,6 @@ TEST_F(Guards, AnyBytesAreANameAndReportedAsThePlatformHoldsThem) {
                          "count guard_rate_limit_dropped 1 of " + name}));
         EXPECT_NE(log.take().at(0).find("event: " + std::string(name.substr(0, 9).c_str())), std::string::npos);
     }
-    RateLimiterGuard other(nullptr, services, services);
-    RateLimiterGuard reporting([&](const auto&...) { EXPECT_TRUE(passes(other, "unlimited")); }, services, services);
-    services->rateLimit = {-1, -1, 1};
-    EXPECT_TRUE(passes(other, "unlimited"));
-    services->rateLimit = {1, 0, 5};
-    EXPECT_FALSE(passes(reporting, "f")) << "while one reports, others go on";
 }
 
 TEST_F(Guards, EachChangeOfTheCheckpointIsReported) {
