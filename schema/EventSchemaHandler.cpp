@@ -135,7 +135,7 @@ bool EventSchemaHandler::persistEventSchema(const std::string& schema) {
         return false;
     }
     const Json::Value& timestamp = memberOf(*root, kKeyTimestamp);
-    const bool hasTimestamp = !root->isNull() && root->isMember(kKeyTimestamp) && !timestamp.isString();
+    const bool hasTimestamp = root->isMember(kKeyTimestamp) && !timestamp.isString();
     eventSchemaStore_.setValue(kKeyTimestamp, hasTimestamp ? toCompactJson(timestamp) : "0");
     eventSchemaStore_.setValue(kKeySalt, asText(memberOf(*root, kKeySalt)).value_or(""));
 
